@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Builds KALDRA SOLVE and runs one problem: ./run.sh [OPTION]... [FILE.kdr]
+# Without a file it runs the example of the heated slab. Options are those of kaldra-run.
+set -eu
+
+here=$(cd "$(dirname "$0")" && pwd)
+"$here/tools/install-packages.sh" g++ cmake ninja-build libcli11-dev
+"$here/tools/build.sh" release kaldra-run
+
+[ $# -gt 0 ] || set -- "$here/examples/heated-slab/heated-slab.kdr"
+file=${!#}
+stamp=$(mktemp)
+trap 'rm -f "$stamp"' EXIT
+
+status=0
+"$here/build/release/bin/kaldra-run" "$@" || status=$?
+
+if [ -f "$file" ]; then
+    folder=$(cd "$(dirname -- "$file")" && pwd)
+    stem=$(basename -- "$file")
+    stem=${stem%.*}
+    echo
+    echo "Files written in $folder:"
+    find "$folder" -maxdepth 1 -type f -newer "$stamp" -printf '%f\n' |
+        awk -v stem="$stem." 'index($0, stem) == 1 { print "  " $0 }' | sort
+fi
+exit $status

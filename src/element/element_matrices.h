@@ -1,0 +1,53 @@
+// Conductivity and capacity matrix of one element, and the values at its integration points.
+//
+//     K   = sum over the points of  B^T D B  d wr ws A
+//     Cap = sum over the points of  N N^T    d wr ws A c
+//
+// with B the global derivatives (2 by 8), D the conductivity (2 by 2), N the interpolation functions, d the Jacobian's
+// determinant, c the volumetric heat capacity with the latent term, and A the thickness, in an axisymmetric problem
+// times the radius. Rows and columns are node slots; those of absent slots stay 0. Calculation thread only, nothing
+// allocated.
+#pragma once
+
+#include <array>
+
+#include "element/shape_functions.h"
+#include "model/problem_model.h"
+
+namespace kaldra {
+
+using ElementMatrix = std::array<float, slotCount * slotCount>;
+using Conductivity = std::array<float, 4>;  // D, 2 by 2
+
+// Where the values at the points come from.
+enum class PointValues {
+    Evaluated,  // from the functions at the present temperatures, and recorded in PointResults
+    Recorded,   // from the last record
+};
+
+// Forms the matrices of the active element index e; Cap stays 0 in a steady-state run. Gives 1, or 0 after the box of a
+// zero or negative area (1194 ordinary, 1196 infinite) or message 1156.
+[[nodiscard]] int ComputeElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap, PointValues values);
+
+// B(a, j) = sum over k of inverse(a, k) dN(k, j)
+void GlobalDerivatives(SlotGradients& B, const std::array<float, 4>& inverse, const SlotGradients& dN);
+
+// Conductivity of a point, evaluated at its temperature (in a transient run at the mean of the step's old and present
+// temperature) and recorded together with the temperature. In the first iteration of the start step a conductivity that
+// was read from an earlier run holds instead.
+void ConductivityAtPoint(Conductivity& D, const SlotValues& N, std::size_t e, std::size_t point);
+
+// Conductivity of a point from the record.
+void StoredConductivityAtPoint(Conductivity& D, std::size_t e, std::size_t point);
+
+// Volumetric heat capacity of a point with its latent term, recorded with the water content and its slope. Gives 1, or
+// 0 after message 1156 for a material without water content function.
+[[nodiscard]] int CapacityAtPoint(float& capacity, const SlotValues& N, std::size_t e, std::size_t point);
+
+// Heat capacity of a point from the record.
+[[nodiscard]] float StoredCapacityAtPoint(std::size_t e, std::size_t point);
+
+// A field of the nodes in an element's slots, 0 in the slots without a node.
+[[nodiscard]] SlotValues SlotTemperatures(const ElementRec& element, float NodeState::*field);
+
+}  // namespace kaldra

@@ -1,0 +1,96 @@
+#include "frontend/commands.h"
+
+#include "convergence/graph_memory.h"
+#include "model/data_file.h"
+#include "model/file_names.h"
+#include "model/problem_model.h"
+#include "platform/files.h"
+#include "run/analysis.h"
+#include "run/front_end.h"
+#include "run/messages.h"
+#include "run/run_state.h"
+
+namespace kaldra {
+
+void NewDocument() {
+    runState.initialConditionMode = 0;
+    runState.initialTemperatureFile.clear();
+    runState.initialConductivityFile.clear();
+    model.dataFileName.clear();
+    frontEnd.UpdatePanelLabels();
+    frontEnd.ClearStatus();
+    (void)FreeModel();
+    InitModel(0);
+    InitModel(1);
+    frontEnd.UpdateMenuState();
+    frontEnd.UpdateButtonState();
+    frontEnd.RepaintMainWindow();
+}
+
+// A data file was opened and read: its start step, the paths beside it, and a fresh graph.
+[[nodiscard]] static int PrepareDocument() {
+    frontEnd.ClearStatus();
+    ChooseStartStep();
+    frontEnd.UpdatePanelLabels();
+    std::int32_t dotPosition = 0;
+    std::int32_t length = 0;
+    if (!FindExtension(model.dataFileName, dotPosition, length)) {
+        EndRun();
+        return 0;
+    }
+    runState.convergenceFileExists = FileExists(ReplaceExtension(model.dataFileName, StringText(1072))) ? 1 : 0;
+    runState.lockFilePath = ReplaceExtension(model.dataFileName, StringText(1089));
+    frontEnd.UpdateButtonState();
+    SetGraphDefaults();
+    frontEnd.UpdateMenuState();
+    return 1;
+}
+
+int OpenDataFile(const std::string& path) {
+    runState.pendingFileName = path;
+    model.dataFileName = path;
+    runState.fileOpen = 1;
+    runState.initialConditionMode = 0;
+    if (!ReadDataFile()) {
+        frontEnd.ClearStatus();
+        NewDocument();
+        return 0;
+    }
+    return PrepareDocument();
+}
+
+int Start() {
+    if (StartAnalysis()) return 1;
+    EndRun();
+    return 0;
+}
+
+void Stop() {
+    frontEnd.AppendStatus(StringText(1179));
+    runState.running = 0;
+}
+
+void HaltIteration() {
+    runState.haltRequested = 1;
+    frontEnd.SetHaltEnabled(false);
+    frontEnd.AppendStatus(StringText(runState.saveStep != 0 ? 1105 : 1104));
+}
+
+EnabledCommands CommandsNow() {
+    const bool open = runState.fileOpen != 0;
+    const bool idle = runState.running == 0;
+    const bool restartable = open && idle && model.analysisType != steadyState;
+    EnabledCommands enabled{};
+    enabled.newDocument = idle && open;
+    enabled.openDataFile = idle;
+    enabled.openInitialConditions = restartable;
+    enabled.exit = idle;
+    enabled.startTime = restartable;
+    enabled.start = open && idle;
+    enabled.stop = open && !idle;
+    enabled.haltIteration = open && !idle && runState.haltRequested == 0;
+    enabled.graph = open && (!idle || runState.convergenceFileExists != 0);
+    return enabled;
+}
+
+}  // namespace kaldra

@@ -1,0 +1,35 @@
+// The commands that a front end gives to the engine, and when each of them is enabled. No toolkit here.
+//
+// All run on the front end's thread.
+#pragma once
+
+#include <string>
+
+namespace kaldra {
+
+// Forgets the open document: state NoFile.
+void NewDocument();
+
+// Opens a data file that was chosen or named on the command line, and reads it once for its time sequence and kind.
+// Gives 1 in state Ready; 0 after the reader's message, or message 1074 for a name without a dot, in state NoFile.
+[[nodiscard]] int OpenDataFile(const std::string& path);
+
+// Starts a run. Gives 1 when the calculation thread runs; 0 after a message, in state Ready.
+[[nodiscard]] int Start();
+
+// Asks the run to end at its next look at `running`.
+void Stop();
+
+// Asks the step under way to end with its present iteration.
+void HaltIteration();
+
+// Enabled states of the menu items and buttons, from the run state alone. The front end joins what only it knows:
+// whether a graph window is open, and the loops' SetHaltEnabled.
+struct EnabledCommands {
+    bool newDocument, openDataFile, openInitialConditions, exit, startTime;
+    bool start, stop, haltIteration, graph;
+};
+
+[[nodiscard]] EnabledCommands CommandsNow();
+
+}  // namespace kaldra

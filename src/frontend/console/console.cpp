@@ -1,0 +1,204 @@
+#include "frontend/console/console.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <string_view>
+
+#include "convergence/convergence_monitor.h"
+#include "frontend/commands.h"
+#include "frontend/console/progress.h"
+#include "model/problem_model.h"
+#include "platform/number_text.h"
+#include "run/front_end.h"
+#include "run/run_state.h"
+
+namespace kaldra {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr int redrawMilliseconds = 500;
+
+// Everything that both threads touch, under `lock`.
+struct Console {
+    std::mutex lock;
+    bool quiet = false;
+    bool showsProgress = false;  // stderr is a terminal
+    bool lineDrawn = false;
+    bool haltEnabled = false;
+    Clock::time_point start = Clock::now();
+    Progress progress;
+    ConsoleOutcome outcome;
+    std::array<int, 2> events{-1, -1};  // a pipe: read end, write end
+};
+
+Console console;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Lines. All with the lock held.
+
+void Print(std::FILE* stream, std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stream);
+    std::fflush(stream);
+}
+
+std::size_t TerminalWidth() {
+    winsize size{};
+    const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+    return known ? static_cast<std::size_t>(size.ws_col) - 1 : 79;
+}
+
+void EraseProgress() {
+    if (!console.lineDrawn) return;
+    Print(stderr, "\r\x1b[K");
+    console.lineDrawn = false;
+}
+
+void DrawProgress() {
+    if (!console.showsProgress || console.progress.iteration == 0) return;
+    console.progress.seconds = std::chrono::duration<double>(Clock::now() - console.start).count();
+    Print(stderr, "\r\x1b[K" + ProgressLine(console.progress, TerminalWidth()));
+    console.lineDrawn = true;
+}
+
+void PrintStatus(std::string_view text) {
+    if (console.quiet) return;
+    EraseProgress();
+    Print(stdout, std::string(text) + '\n');
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Notifications
+
+void AppendStatus(std::string_view text) {
+    const std::scoped_lock lock(console.lock);
+    PrintStatus(text);
+    DrawProgress();
+}
+
+// Comes on the calculation thread, which may read the run's figures.
+void NoteIteration() {
+    const std::scoped_lock lock(console.lock);
+    Progress& p = console.progress;
+    p.steady = model.analysisType == steadyState;
+    p.step = runState.currentStep;
+    p.firstStep = runState.startStep;
+    p.lastStep = model.stepCount;
+    p.iteration = runState.iteration;
+    p.maxIterations = model.maxIterations;
+    p.changeBefore = p.change;
+    p.change = static_cast<double>(convergence.change);
+    p.tolerance = static_cast<double>(model.tolerance);
+    DrawProgress();
+}
+
+// The box's text on one line.
+void ShowMessage(const MessageBox& box) {
+    std::string line = FormatText("error %d: ", box.number);
+    for (const char c : box.text) c == '\n' ? line.append("\\n") : line.append(1, c);
+    const std::scoped_lock lock(console.lock);
+    ++console.outcome.messages;
+    EraseProgress();
+    Print(stderr, line + '\n');
+    DrawProgress();
+}
+
+std::string UnconvergedWarning() {
+    if (runState.unconvergedSteps == 0) return {};
+    if (model.analysisType == steadyState) {
+        return FormatText("warning: the iteration ended at maxIterations (%d) without converging", model.maxIterations);
+    }
+    return FormatText(
+        "warning: %d of %d steps ended at maxIterations (%d) without converging, the first of them step %d",
+        runState.unconvergedSteps, model.stepCount - runState.startStep + 1, model.maxIterations,
+        runState.firstUnconvergedStep);
+}
+
+void RunFinished(int result) {
+    {
+        const std::scoped_lock lock(console.lock);
+        console.outcome.result = result;
+        if (result == 1) console.outcome.warning = UnconvergedWarning();
+    }
+    PostEvent(ConsoleEvent::RunFinished);
+}
+
+void SetHaltEnabled(bool enabled) {
+    const std::scoped_lock lock(console.lock);
+    console.haltEnabled = enabled;
+}
+
+bool IsHaltEnabled() {
+    const std::scoped_lock lock(console.lock);
+    return console.haltEnabled;
+}
+
+void UpdateButtonState() { SetHaltEnabled(CommandsNow().haltIteration); }
+
+}  // namespace
+
+void ConnectConsole(bool quiet) {
+    console.quiet = quiet;
+    console.showsProgress = isatty(STDERR_FILENO) != 0;
+    if (pipe2(console.events.data(), O_CLOEXEC) != 0) {
+        std::perror("kaldra-run: pipe");
+        std::exit(1);
+    }
+    frontEnd.AppendStatus = AppendStatus;
+    frontEnd.AppendStatusPlain = AppendStatus;
+    frontEnd.IterationDone = NoteIteration;
+    frontEnd.RunFinished = RunFinished;
+    frontEnd.SetHaltEnabled = SetHaltEnabled;
+    frontEnd.IsHaltEnabled = IsHaltEnabled;
+    frontEnd.UpdateButtonState = UpdateButtonState;
+    frontEnd.ShowMessage = ShowMessage;
+}
+
+void PostEvent(ConsoleEvent event) {
+    const int error = errno;
+    const char letter = static_cast<char>(event);
+    while (write(console.events[1], &letter, 1) < 0 && errno == EINTR) {
+    }
+    errno = error;
+}
+
+ConsoleEvent WaitForEvent() {
+    for (;;) {
+        pollfd waiting{console.events[0], POLLIN, 0};
+        const int ready = poll(&waiting, 1, console.showsProgress ? redrawMilliseconds : -1);
+        char letter = 0;
+        if (ready > 0 && read(console.events[0], &letter, 1) == 1) return static_cast<ConsoleEvent>(letter);
+        const std::scoped_lock lock(console.lock);
+        DrawProgress();
+    }
+}
+
+void ClearProgressLine() {
+    const std::scoped_lock lock(console.lock);
+    EraseProgress();
+    console.progress.iteration = 0;
+}
+
+ConsoleOutcome OutcomeOfRun() {
+    const std::scoped_lock lock(console.lock);
+    return console.outcome;
+}
+
+void Warn(const std::string& line) {
+    const std::scoped_lock lock(console.lock);
+    EraseProgress();
+    Print(stderr, line + '\n');
+}
+
+void Complain(const std::string& sentence) { Warn("kaldra-run: " + sentence); }
+
+}  // namespace kaldra

@@ -1,0 +1,39 @@
+// The console's side of the notifications: status lines, messages and the progress line.
+//
+// Both threads come here; one lock keeps their lines apart. A message box needs no answer in a console.
+#pragma once
+
+#include <string>
+
+namespace kaldra {
+
+// What a run left for the exit status.
+struct ConsoleOutcome {
+    int result = 0;       // of the analysis loop
+    int messages = 0;     // shown so far
+    std::string warning;  // a run that finished, but not as one would wish
+};
+
+// Fills in frontEnd. `quiet`: no status lines.
+void ConnectConsole(bool quiet);
+
+enum class ConsoleEvent : char { RunFinished = 'f', StopPressed = 's', HaltPressed = 'h' };
+
+// Blocks until an event is there, and redraws the progress line meanwhile.
+[[nodiscard]] ConsoleEvent WaitForEvent();
+
+// Posts an event. Safe in a signal handler.
+void PostEvent(ConsoleEvent event);
+
+// Takes the progress line off the terminal.
+void ClearProgressLine();
+
+[[nodiscard]] ConsoleOutcome OutcomeOfRun();
+
+// Prints a line on stderr as it stands.
+void Warn(const std::string& line);
+
+// Prints a sentence of the program's own on stderr.
+void Complain(const std::string& sentence);
+
+}  // namespace kaldra

@@ -1,0 +1,159 @@
+// kaldra-run: one analysis from the console.
+//
+// The main thread is the front end's thread: it opens the file, gives Start, and then waits for the end of the run or
+// for a signal. Signals reach it as events, so that the commands Stop and Halt Iteration run where they belong.
+
+#include <CLI/CLI.hpp>
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+#include "frontend/commands.h"
+#include "frontend/console/console.h"
+#include "model/file_names.h"
+#include "model/problem_model.h"
+#include "platform/files.h"
+#include "platform/number_text.h"
+#include "run/analysis.h"
+#include "run/front_end.h"
+#include "run/messages.h"
+#include "run/run_state.h"
+
+namespace {
+
+using namespace kaldra;
+
+enum ExitStatus : int { exitDone = 0, exitFailed = 1, exitUsage = 2, exitDoubtful = 4, exitSignal = 128 };
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Signals
+
+std::atomic<int> stopSignal{0};
+std::atomic<bool> runExists{false};
+
+// The first stop signal presses Stop, also when it comes before the run exists: its event waits in the queue. The
+// second one ends the process as if nobody had caught it.
+void OnStopSignal(int signal) {
+    if (stopSignal.exchange(signal) == 0) return PostEvent(ConsoleEvent::StopPressed);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+void OnHaltSignal(int) {
+    if (runExists) PostEvent(ConsoleEvent::HaltPressed);
+}
+
+void Catch(int signal, void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    sigaction(signal, &action, nullptr);
+}
+
+void CatchSignals() {
+    Catch(SIGINT, OnStopSignal);
+    Catch(SIGTERM, OnStopSignal);
+    Catch(SIGUSR1, OnHaltSignal);
+    Catch(SIGPIPE, SIG_IGN);  // a reader that goes away must not end the analysis
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The run
+
+struct Options {
+    std::string file;
+    bool quiet = false;
+    bool strict = false;
+};
+
+// The path as the engine keeps it, or an empty one after a complaint.
+std::string AbsolutePath(const std::string& file) {
+    std::error_code error;
+    std::string path = std::filesystem::absolute(file, error).string();
+    if (error) {
+        Complain("cannot find the working folder: " + error.message());
+        return {};
+    }
+    if (path.size() > longestPath) {
+        Complain(FormatText("the path of the data file has %d characters, %d is the most: %s",
+                            static_cast<std::int64_t>(path.size()), static_cast<std::int64_t>(longestPath), path));
+        return {};
+    }
+    return path;
+}
+
+bool OpenAsCommanded(const std::string& path) {
+    const std::string name = path.substr(FileNameOffset(path));
+    std::int32_t dotPosition = 0;
+    std::int32_t length = 0;
+    if (!FindExtension(name, dotPosition, length)) return false;
+    if (!FileExists(path)) return ShowError(1020) != 0;
+    return OpenDataFile(path) == 1;
+}
+
+void WaitForEnd() {
+    for (;;) {
+        switch (WaitForEvent()) {
+            case ConsoleEvent::StopPressed:
+                Stop();
+                break;
+            case ConsoleEvent::HaltPressed:
+                if (frontEnd.IsHaltEnabled()) HaltIteration();
+                break;
+            case ConsoleEvent::RunFinished:
+                ClearProgressLine();
+                return HandleCalcThreadMsg(runFinishedMessage, OutcomeOfRun().result);
+        }
+    }
+}
+
+int Run(const Options& options) {
+    const std::string path = AbsolutePath(options.file);
+    if (path.empty() || !OpenAsCommanded(path)) return exitFailed;
+    const std::int32_t kind = model.analysisType;
+    if (!Start()) return exitFailed;
+    runExists = true;
+    WaitForEnd();
+
+    const ConsoleOutcome outcome = OutcomeOfRun();
+    if (outcome.result == 1) {
+        if (!outcome.warning.empty()) Warn(outcome.warning);
+        const bool doubtful = !outcome.warning.empty() || outcome.messages > 0;
+        return options.strict && doubtful ? exitDoubtful : exitDone;
+    }
+    if (kind != steadyState && kind != transient) {
+        Complain(FormatText("analysis type %d is neither 1 (steady state) nor 2 (transient)", kind));
+    } else if (stopSignal != 0) {
+        return exitSignal + stopSignal;
+    }
+    return exitFailed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Runs one analysis of heat in freezing and thawing ground.", "kaldra-run");
+    Options options;
+    app.add_option("FILE.kdr", options.file, "problem data file")->required();
+    app.add_flag("-q,--quiet", options.quiet, "no status lines");
+    app.add_flag("--strict", options.strict, "exit 4 when an iteration did not converge or a message was shown");
+    app.set_version_flag("--version", "kaldra-run " KALDRA_VERSION);
+    app.footer(
+        "Status lines go to stdout, messages to stderr; the results are written beside the data file.\n"
+        "SIGINT and SIGTERM stop the run, SIGUSR1 ends the iteration of the step under way.\n"
+        "Exit status: 0 finished, 1 failed, 2 wrong usage, 4 doubtful with --strict, 128 + n stopped by signal n.");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == 0) return app.exit(error);
+        Complain(error.what() + std::string("; see --help"));
+        return exitUsage;
+    }
+    ConnectConsole(options.quiet);
+    CatchSignals();
+    InitModel(0);
+    InitModel(1);
+    return Run(options);
+}

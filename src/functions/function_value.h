@@ -1,0 +1,18 @@
+// Every function value of the system: the piecewise cubic Hermite curve through the points with their fitted slopes.
+//
+// Defined for every argument, no state, no allocation. Outside its range a function keeps its end value.
+#pragma once
+
+#include <span>
+
+#include "model/problem_model.h"
+
+namespace kaldra {
+
+// y at x; 0 for a function without points.
+[[nodiscard]] double EvaluateFunction(std::span<const FunctionPoint> points, float x);
+
+// dy/dx at x; outside the range the slope at that end, though the value there stands still.
+[[nodiscard]] double EvaluateFunctionSlope(std::span<const FunctionPoint> points, float x);
+
+}  // namespace kaldra

@@ -1,0 +1,479 @@
+#include "model/data_file.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "convergence/graph_memory.h"
+#include "model/line_reader.h"
+#include "model/problem_model.h"
+#include "platform/memory.h"
+#include "platform/number_text.h"
+#include "run/messages.h"
+
+namespace kaldra {
+
+namespace {
+
+// The data file under the reader. References are checked when everything is read, so it notes where the rows stand.
+struct DataFile {
+    File file;
+    LineBuffer line;
+    std::int64_t lineNumber = 0;  // of `line`, from 1
+    bool sequenceOnly = false;    // ReadTimeSequence: a missing line is message 1053
+
+    std::int64_t firstNodeLine = 0;  // 0: no such section
+    std::int64_t firstElementLine = 0;
+    std::int64_t firstEdgeLine = 0;
+    std::array<std::int64_t, largestSmallTable> materialLines{};
+};
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Lines and fields
+
+int BadLine(const DataFile& in) { return ShowErrorWithText(1150, in.line.View()); }
+
+// Reads a line that has to be there.
+[[nodiscard]] int NextLine(DataFile& in) {
+    const int result = ReadLine(in.file, in.line);
+    if (result == 1) {
+        ++in.lineNumber;
+        return 1;
+    }
+    return result == 0 && in.sequenceOnly ? ShowError(1053) : BadLine(in);
+}
+
+// Scans the line, which must hold at least `wanted` fields and no number beyond f32 or 32 bits.
+template <class... Targets>
+[[nodiscard]] int ScanLine(const DataFile& in, int wanted, std::string_view format, Targets*... targets) {
+    const ScanResult result = ScanText(in.line.View(), format, targets...);
+    return result.fields >= wanted && !result.outOfRange ? 1 : BadLine(in);
+}
+
+template <class... Targets>
+[[nodiscard]] int ReadFields(DataFile& in, int wanted, std::string_view format, Targets*... targets) {
+    return NextLine(in) && ScanLine(in, wanted, format, targets...);
+}
+
+constexpr std::int32_t unlimited = std::numeric_limits<std::int32_t>::max();
+
+// Takes the count behind the keyword of the line in hand.
+[[nodiscard]] int ScanCount(const DataFile& in, std::int32_t& count, std::int32_t limit = unlimited,
+                            std::string_view format = "%*s %d") {
+    if (!ScanLine(in, 1, format, &count)) return 0;
+    return count >= 0 && count <= limit ? 1 : BadLine(in);
+}
+
+// Empties a table that `count` rows will fill. Memory is taken only for as many rows as the file can hold.
+template <class Record>
+[[nodiscard]] int BeginTable(const DataFile& in, std::vector<Record>& table, std::int32_t count, int fields) {
+    const std::int64_t fitting = in.file.Size() / (2 * fields);  // a digit and a separator each
+    return MakeTable(table, 0) && ReserveTable(table, static_cast<std::size_t>(std::min<std::int64_t>(count, fitting)));
+}
+
+// An empty table still answers with one zero record.
+template <class Record>
+[[nodiscard]] int EndTable(std::vector<Record>& table) {
+    return table.empty() ? ResizeTable(table, 1) : 1;
+}
+
+bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 1 && number <= count; }
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Sections, in the order of the format's description
+
+[[nodiscard]] int ReadFileInfo(DataFile& in) {
+    for (;;) {
+        const int result = ReadLine(in.file, in.line);
+        if (result == 0) return ShowError(1054);
+        if (result < 0) return BadLine(in);
+        ++in.lineNumber;
+        TrimLeadingBlanks(in.line);
+        if (in.line.View().starts_with("FILEINFO")) break;
+    }
+    float version = 0;
+    if (!ReadFields(in, 1, "%*s %f", &version)) return 0;
+    return version >= 4.0F ? 1 : ShowError(1054);
+}
+
+[[nodiscard]] int ReadTitle(DataFile& in) {
+    constexpr std::array<std::size_t, 4> longest{54, 54, 14, 14};
+    for (std::size_t i = 0; i < longest.size(); ++i) {
+        if (!NextLine(in)) return 0;
+        TrimLeadingBlanks(in.line);
+        model.titleLine[i] = in.line.View().substr(0, longest[i]);
+    }
+    return 1;
+}
+
+[[nodiscard]] int ReadAnalysis(DataFile& in) {
+    return ReadFields(in, 5, "%d %d %e %d %e ", &model.analysisType, &model.problemView, &model.latentHeat,
+                      &model.useDoubleStore, &model.freezingPoint);
+}
+
+[[nodiscard]] int ReadConverge(DataFile& in) {
+    if (!ReadFields(in, 3, "%d %f %d", &model.maxIterations, &model.tolerance, &model.maxPhasePoints)) return 0;
+    const std::scoped_lock lock(hmtxGraphMem);
+    graphMemory.GraphLastIteration = model.maxIterations;
+    return 1;
+}
+
+[[nodiscard]] int ReadTimeRows(DataFile& in, std::int32_t count) {
+    model.stepCount = 0;
+    if (!BeginTable(in, model.timeSteps, count, 3)) return 0;
+    for (std::int32_t i = 0; i < count; ++i) {
+        TimeStepRec step{0, 0, 1};
+        if (!ReadFields(in, 2, "%*d %f %f %d", &step.increment, &step.elapsed, &step.saveFlag)) {
+            return 0;
+        }
+        if (!AppendRecord(model.timeSteps, step)) return 0;
+    }
+    model.stepCount = count;
+    return EndTable(model.timeSteps);
+}
+
+[[nodiscard]] int ReadTime(DataFile& in) {
+    std::int32_t count = 0;
+    return ScanCount(in, count, unlimited, "%*s %i") && ReadTimeRows(in, count);
+}
+
+[[nodiscard]] int ReadMaterials(DataFile& in) {
+    std::int32_t& count = model.materialCount;
+    if (!ScanCount(in, count, largestSmallTable)) return 0;
+    if (!MakeTable(model.materials, static_cast<std::size_t>(std::max(count, 1)))) return 0;
+    for (std::int32_t number = 0; number != count;) {
+        MaterialRec material{};
+        if (!ReadFields(in, 6, "%d %d %d %f %f %f", &number, &material.conductivityFunction,
+                        &material.waterContentFunction, &material.frozenHeatCapacity, &material.unfrozenHeatCapacity,
+                        &material.waterContent)) {
+            return 0;
+        }
+        if (!IsNumberWithin(number, count)) return BadLine(in);
+        material.conductivityRatio = 1.0F;
+        model.materials[IndexOf(number)] = material;
+        in.materialLines[IndexOf(number)] = in.lineNumber;
+    }
+    return 1;
+}
+
+// The title line and the points of a function whose header is the line in hand.
+[[nodiscard]] int ReadFunctionPoints(DataFile& in, std::int32_t count, std::vector<FunctionPoint>& points) {
+    if (count < 0) return BadLine(in);
+    if (!NextLine(in)) return 0;
+    if (!BeginTable(in, points, count, 2)) return 0;
+    for (std::int32_t i = 0; i < count; ++i) {
+        FunctionPoint point{};
+        if (!ReadFields(in, 2, "%f %f", &point.x, &point.y)) return 0;
+        if (!AppendRecord(points, point)) return 0;
+    }
+    return 1;
+}
+
+[[nodiscard]] int ReadPropertyFunctions(DataFile& in, std::vector<PropertyFunction>& table, std::int32_t& count) {
+    if (!ScanCount(in, count, largestSmallTable)) return 0;
+    if (!MakeTable(table, static_cast<std::size_t>(std::max(count, 1)))) return 0;
+    for (std::int32_t number = 0; number != count;) {
+        PropertyFunction function;
+        if (!ReadFields(in, 4, "%d %d %f %f", &number, &function.pointCount, &function.smoothing, &function.weight)) {
+            return 0;
+        }
+        if (!IsNumberWithin(number, count)) return BadLine(in);
+        if (!ReadFunctionPoints(in, function.pointCount, function.points)) return 0;
+        table[IndexOf(number)] = std::move(function);
+    }
+    return 1;
+}
+
+[[nodiscard]] int ReadKFunctions(DataFile& in) {
+    return ReadPropertyFunctions(in, model.kFunctions, model.kFunctionCount);
+}
+
+[[nodiscard]] int ReadSFunctions(DataFile& in) {
+    return ReadPropertyFunctions(in, model.sFunctions, model.sFunctionCount);
+}
+
+[[nodiscard]] int ReadMFunctions(DataFile& in) {
+    return ReadPropertyFunctions(in, model.mFunctions, model.mFunctionCount);
+}
+
+[[nodiscard]] int ReadBFunctions(DataFile& in) {
+    std::int32_t& count = model.bFunctionCount;
+    if (!ScanCount(in, count, largestSmallTable)) return 0;
+    if (!MakeTable(model.bFunctions, static_cast<std::size_t>(std::max(count, 1)))) return 0;
+    for (std::int32_t number = 0; number != count;) {
+        BoundaryFunction function;
+        if (!ReadFields(in, 6, "%d %d %d %d %f %f %d", &number, &function.pointCount, &function.xKind, &function.yKind,
+                        &function.smoothing, &function.weight, &function.repeat)) {
+            return 0;
+        }
+        if (!IsNumberWithin(number, count)) return BadLine(in);
+        if (!ReadFunctionPoints(in, function.pointCount, function.points)) return 0;
+        if (!function.points.empty()) function.period = function.points.back().x;
+        model.bFunctions[IndexOf(number)] = std::move(function);
+    }
+    return 1;
+}
+
+[[nodiscard]] int ReadNodeRow(DataFile& in, std::int32_t place) {
+    NodeRec node{};
+    std::int32_t number = 0;
+    std::int32_t initialFlag = 0;
+    float initialTemperature = 0;
+    if (!ReadFields(in, 9, "%d %f %f %f %1d %2d %2d %1d %f", &number, &node.x, &node.y, &node.bcValue, &node.bcType,
+                    &node.bcFunction, &node.modifierFunction, &initialFlag, &initialTemperature)) {
+        return 0;
+    }
+    if (number != place) return ShowError(1133);
+    if (node.bcType == bcFree) {
+        node.bcValue = 0;
+        node.bcFunction = 0;
+        node.modifierFunction = 0;
+    }
+    if (node.bcType > bcFree && node.bcFunction == 0) node.bcInput = node.bcValue;
+    const float start = initialFlag == 1 ? initialTemperature : model.freezingPoint;
+    return AppendRecord(model.nodes, node) && AppendRecord(model.nodeStates, NodeState{start, start, 0});
+}
+
+[[nodiscard]] int ReadNodes(DataFile& in) {
+    std::int32_t count = 0;
+    model.nodeCount = 0;
+    if (!ScanCount(in, count)) return 0;
+    if (!BeginTable(in, model.nodes, count, 7) || !BeginTable(in, model.nodeStates, count, 7)) return 0;
+    in.firstNodeLine = in.lineNumber + 1;
+    for (std::int32_t place = 1; place <= count; ++place) {
+        if (!ReadNodeRow(in, place)) return 0;
+    }
+    model.nodeCount = count;
+    return EndTable(model.nodes) && EndTable(model.nodeStates);
+}
+
+[[nodiscard]] int ReadElementRow(DataFile& in, std::int32_t place) {
+    ElementRec element{};
+    std::int32_t number = 0;
+    std::int32_t* const n = element.nodes;
+    if (!ReadFields(in, 12, "%d%d%d%d%d%d%d%d%d%d%d%f%d%d", &number, &n[0], &n[1], &n[2], &n[3], &n[4], &n[5], &n[6],
+                    &n[7], &element.material, &element.integrationPoints, &element.thickness, &element.infiniteR,
+                    &element.infiniteS)) {
+        return 0;
+    }
+    if (number != place) return ShowError(1051);
+    if (element.material < 1) return BadLine(in);
+    return AppendRecord(model.elements, element);
+}
+
+bool HasActiveElement() {
+    return std::ranges::any_of(model.elements, [](const ElementRec& element) {
+        return IsNumberWithin(element.material, model.materialCount) && !IsNullElement(element);
+    });
+}
+
+[[nodiscard]] int ReadElements(DataFile& in) {
+    std::int32_t count = 0;
+    model.elementCount = 0;
+    if (!ScanCount(in, count)) return 0;
+    if (!BeginTable(in, model.elements, count, 12)) return 0;
+    in.firstElementLine = in.lineNumber + 1;
+    for (std::int32_t place = 1; place <= count; ++place) {
+        if (!ReadElementRow(in, place)) return 0;
+    }
+    if (!HasActiveElement()) return ShowError(1052);
+    model.elementCount = count;
+    return EndTable(model.elements);
+}
+
+[[nodiscard]] int ReadPole(DataFile& in) {
+    model.poleX = 0;
+    model.poleY = 0;
+    std::int32_t flag = 0;
+    if (!ScanLine(in, 1, "%*s %d", &flag)) return 0;
+    if (flag == 0) return 1;
+    return ReadFields(in, 0, "%f %f", &model.poleX, &model.poleY);  // a line of other text leaves the pole at 0
+}
+
+[[nodiscard]] int ReadFluxSection(DataFile& in, std::int32_t count, std::int32_t& number) {
+    FluxSection section;
+    if (!ReadFields(in, 2, "%d %d", &number, &section.lineCount)) return 0;
+    const bool believable = IsNumberWithin(number, count) && number <= in.file.Size() / 4;
+    if (!believable || section.lineCount < 0) return BadLine(in);
+    if (!BeginTable(in, section.lines, section.lineCount, 5)) return 0;
+    for (std::int32_t i = 0; i < section.lineCount; ++i) {
+        FluxLine line{};
+        if (!ReadFields(in, 4, "%*d %f %f %f %f", &line.x1, &line.y1, &line.x2, &line.y2)) return 0;
+        if (!AppendRecord(section.lines, line)) return 0;
+    }
+    const std::size_t held = std::max(model.fluxSections.size(), static_cast<std::size_t>(number));
+    if (!ResizeTable(model.fluxSections, held)) return 0;
+    model.fluxSections[IndexOf(number)] = std::move(section);
+    return 1;
+}
+
+[[nodiscard]] int ReadFluxSections(DataFile& in) {
+    std::int32_t count = 0;
+    model.fluxSectionCount = 0;
+    if (!ScanCount(in, count)) return 0;
+    if (!MakeTable(model.fluxSections, 1)) return 0;
+    for (std::int32_t number = 0; number != count;) {
+        if (!ReadFluxSection(in, count, number)) return 0;
+    }
+    model.fluxSectionCount = count;
+    return MakeTable(model.fluxResults, model.fluxSections.size());
+}
+
+[[nodiscard]] int ReadQBoundaries(DataFile& in) {
+    std::int32_t count = 0;
+    model.qBoundaryCount = 0;
+    if (!ScanCount(in, count)) return 0;
+    if (!BeginTable(in, model.qBoundaries, count, 7)) return 0;
+    in.firstEdgeLine = in.lineNumber + 1;
+    for (std::int32_t i = 0; i < count; ++i) {
+        QBoundaryRec edge{};
+        if (!ReadFields(in, 7, "%d %d %d %d %f %d %d", &edge.node1, &edge.node2, &edge.element, &edge.edgeKind, &edge.q,
+                        &edge.bFunction, &edge.modifier)) {
+            return 0;
+        }
+        if (edge.node1 == 0 || edge.node2 == 0 || edge.element == 0) return BadLine(in);
+        if (!AppendRecord(model.qBoundaries, edge)) return 0;
+    }
+    model.qBoundaryCount = count;
+    return EndTable(model.qBoundaries);
+}
+
+struct Section {
+    std::string_view keyword;
+    int (*Read)(DataFile& in);
+};
+
+constexpr Section lastSection{"qBOUNDARY", ReadQBoundaries};  // its end is the end of the read
+constexpr std::array sections{
+    Section{"TITLE", ReadTitle},          Section{"ANALYSIS", ReadAnalysis},
+    Section{"CONVERGE", ReadConverge},    Section{"TIME", ReadTime},
+    Section{"MATERIAL", ReadMaterials},   Section{"KFUNCTION", ReadKFunctions},
+    Section{"SFUNCTION", ReadSFunctions}, Section{"MFUNCTION", ReadMFunctions},
+    Section{"BFUNCTION", ReadBFunctions}, Section{"NODE", ReadNodes},
+    Section{"ELEMENT", ReadElements},     Section{"POLE", ReadPole},
+    Section{"FLUX", ReadFluxSections},    lastSection,
+};
+
+[[nodiscard]] int ReadSections(DataFile& in) {
+    for (;;) {
+        const int result = ReadLine(in.file, in.line);
+        if (result == 0) return ShowError(1053);
+        if (result < 0) return BadLine(in);
+        ++in.lineNumber;
+        TrimLeadingBlanks(in.line);
+        const auto starts = [&](const Section& section) { return in.line.View().starts_with(section.keyword); };
+        const auto* const section = std::ranges::find_if(sections, starts);
+        if (section == sections.end()) return BadLine(in);
+        if (!section->Read(in)) return 0;
+        if (section->keyword == lastSection.keyword) return 1;
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// References between records
+
+// Shows message 1150 with a line that was read before.
+int BadEarlierLine(DataFile& in, std::int64_t lineNumber) {
+    in.line.length = 0;
+    ReadLine(in.file, clearbuf);
+    if (in.file.SeekToStart()) {
+        for (std::int64_t i = 0; i < lineNumber && ReadLine(in.file, in.line) == 1; ++i) {
+        }
+    }
+    return BadLine(in);
+}
+
+bool RefersWithin(std::int32_t number, std::int32_t count) { return number >= 0 && number <= count; }
+
+bool IsSound(const MaterialRec& material) {
+    return RefersWithin(material.conductivityFunction, model.kFunctionCount) &&
+           RefersWithin(material.waterContentFunction, model.sFunctionCount);
+}
+
+bool IsSound(const NodeRec& node) {
+    return RefersWithin(node.bcFunction, model.bFunctionCount) &&
+           RefersWithin(node.modifierFunction, model.mFunctionCount);
+}
+
+// An active element needs a count of points that has a rule; any element has room for nine at most.
+bool IsSound(const ElementRec& element) {
+    const auto isNode = [](std::int32_t number) { return RefersWithin(number, model.nodeCount); };
+    if (!std::ranges::all_of(element.nodes, isNode)) return false;
+    if (!IsNumberWithin(element.material, model.materialCount)) return false;
+    const std::int32_t points = element.integrationPoints;
+    if (points > 9) return false;
+    return points <= 0 || IsNullElement(element) || points == 1 || points == 3 || points == 4 || points == 9;
+}
+
+bool IsSound(const QBoundaryRec& edge) {
+    return IsNumberWithin(edge.node1, model.nodeCount) && IsNumberWithin(edge.node2, model.nodeCount) &&
+           IsNumberWithin(edge.element, model.elementCount) && RefersWithin(edge.bFunction, model.bFunctionCount) &&
+           RefersWithin(edge.modifier, model.mFunctionCount);
+}
+
+// Checks the first `count` records, whose rows follow each other from `firstLine` on.
+template <class Record>
+[[nodiscard]] int CheckRows(DataFile& in, const std::vector<Record>& table, std::int32_t count,
+                            std::int64_t firstLine) {
+    for (std::int32_t number = 1; number <= count; ++number) {
+        if (!IsSound(table[IndexOf(number)])) return BadEarlierLine(in, firstLine + number - 1);
+    }
+    return 1;
+}
+
+// From here on every number in a record reaches a record.
+[[nodiscard]] int CheckReferences(DataFile& in) {
+    for (std::int32_t number = 1; number <= model.materialCount; ++number) {
+        if (IsSound(model.materials[IndexOf(number)])) continue;
+        return BadEarlierLine(in, in.materialLines[IndexOf(number)]);
+    }
+    return CheckRows(in, model.nodes, model.nodeCount, in.firstNodeLine) &&
+           CheckRows(in, model.elements, model.elementCount, in.firstElementLine) &&
+           CheckRows(in, model.qBoundaries, model.qBoundaryCount, in.firstEdgeLine);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The short reader
+
+[[nodiscard]] int ReadSequenceSections(DataFile& in) {
+    bool timeRead = false;
+    for (;;) {
+        if (!NextLine(in)) return 0;
+        TrimLeadingBlanks(in.line);
+        if (in.line.View().starts_with("ANALYSIS")) {
+            if (!ReadAnalysis(in)) return 0;
+        } else if (in.line.View().starts_with("TIME")) {
+            std::int32_t count = 0;
+            if (!ScanCount(in, count) || !ReadTimeRows(in, count)) return 0;
+            timeRead = true;
+        } else if (timeRead) {
+            return 1;
+        } else if (in.line.View().starts_with("TITLE")) {
+            if (!ReadTitle(in)) return 0;  // a title may begin like a keyword
+        }
+    }
+}
+
+}  // namespace
+
+int ReadDataFile() {
+    DataFile in;
+    if (!in.file.OpenForReading(model.dataFileName)) return ShowError(1020);
+    const std::size_t extension = std::min<std::size_t>(model.dataFileName.size(), 4);
+    model.baseName = model.dataFileName.substr(0, model.dataFileName.size() - extension);
+    const int result = ReadFileInfo(in) && ReadSections(in) && CheckReferences(in);
+    model.useDoubleStore = 1;
+    ReadLine(in.file, clearbuf);
+    return result;
+}
+
+int ReadTimeSequence() {
+    DataFile in;
+    in.sequenceOnly = true;
+    if (!in.file.OpenForReading(model.dataFileName)) return ShowError(1020);
+    const int result = ReadSequenceSections(in);
+    ReadLine(in.file, clearbuf);
+    return result;
+}
+
+}  // namespace kaldra

@@ -1,0 +1,26 @@
+#include "model/file_names.h"
+
+#include "run/messages.h"
+
+namespace kaldra {
+
+std::size_t FileNameOffset(std::string_view path) {
+    const std::size_t separator = path.find_last_of("/\\");
+    return separator == std::string_view::npos || separator == 0 ? 0 : separator + 1;
+}
+
+int FindExtension(std::string_view name, std::int32_t& dotPosition, std::int32_t& length) {
+    const std::size_t dot = name.rfind('.');
+    length = static_cast<std::int32_t>(name.size());
+    if (dot == std::string_view::npos) return ShowError(1074);
+    dotPosition = static_cast<std::int32_t>(dot) + 1;
+    return 1;
+}
+
+std::string ReplaceExtension(std::string_view path, std::string_view extension) {
+    std::string result(path.substr(0, path.rfind('.')));
+    result.append(extension);
+    return result;
+}
+
+}  // namespace kaldra

@@ -1,0 +1,30 @@
+// Rehearsed failures: lets a test make any one file call or table allocation of a run fail.
+//
+// Each seam asks FaultStrikes once per call. Outside tests nothing is armed and the answer is always false.
+// The counters are atomic, as both the front end's and the calculation thread pass here.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace kaldra {
+
+enum class FaultSeam { FileCall, Allocation };
+
+// Calls of one seam since the last ArmFault, counted from 1.
+struct FaultCounter {
+    std::atomic<std::int64_t> calls{0};
+    std::atomic<std::int64_t> firstFailing{0};  // 0: nothing fails
+    std::atomic<bool> onlyOnce{true};           // false: every call from firstFailing on fails
+};
+
+// Makes call number `firstFailing` of the seam fail, or that call and all after it; 0 disarms. Restarts the count.
+void ArmFault(FaultSeam seam, std::int64_t firstFailing, bool onlyOnce = true);
+
+// How often the seam was passed since the last ArmFault.
+[[nodiscard]] std::int64_t FaultCalls(FaultSeam seam);
+
+// Counts one call of the seam and tells whether it has to fail.
+[[nodiscard]] bool FaultStrikes(FaultSeam seam);
+
+}  // namespace kaldra

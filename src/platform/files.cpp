@@ -1,0 +1,117 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "platform/faults.h"
+
+namespace kaldra {
+
+static thread_local int lastSystemError = 0;
+
+static bool Failed(int error) {
+    lastSystemError = error;
+    return false;
+}
+
+// True when a test wants this call to fail.
+static bool Rehearsed() {
+    if (!FaultStrikes(FaultSeam::FileCall)) return false;
+    lastSystemError = EIO;
+    return true;
+}
+
+int TakeLastSystemError() { return std::exchange(lastSystemError, 0); }
+
+File::~File() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+bool File::Open(const std::string& path, int flags) {
+    if (Rehearsed()) return false;
+    if (descriptor_ >= 0) return Failed(EBUSY);
+    do {
+        descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
+    } while (descriptor_ < 0 && errno == EINTR);
+    return descriptor_ >= 0 || Failed(errno);
+}
+
+bool File::OpenForReading(const std::string& path) {
+    // O_NONBLOCK: a pipe without a writer must not hang the program; it is refused below.
+    if (!Open(path, O_RDONLY | O_NONBLOCK)) return false;
+    struct stat status {};
+    if (::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
+        size_ = status.st_size;
+        return true;
+    }
+    ::close(std::exchange(descriptor_, -1));
+    return Failed(EINVAL);
+}
+
+bool File::Create(const std::string& path) { return Open(path, O_WRONLY | O_CREAT | O_TRUNC); }
+
+bool File::OpenForAppending(const std::string& path) { return Open(path, O_WRONLY); }
+
+bool File::Seek(int whence) {
+    if (Rehearsed()) return false;
+    return ::lseek(descriptor_, 0, whence) >= 0 || Failed(errno);
+}
+
+bool File::SeekToStart() { return Seek(SEEK_SET); }
+
+bool File::SeekToEnd() { return Seek(SEEK_END); }
+
+std::int64_t File::Read(std::span<char> block) {
+    if (Rehearsed()) return -1;
+    std::size_t filled = 0;
+    while (filled < block.size()) {
+        const ssize_t count = ::read(descriptor_, block.data() + filled, block.size() - filled);
+        if (count == 0) break;
+        if (count > 0) {
+            filled += static_cast<std::size_t>(count);
+        } else if (errno != EINTR) {
+            Failed(errno);
+            return -1;
+        }
+    }
+    return static_cast<std::int64_t>(filled);
+}
+
+std::int64_t File::Write(std::string_view bytes) {
+    if (Rehearsed()) return 0;
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = ::write(descriptor_, bytes.data() + written, bytes.size() - written);
+        if (count > 0) {
+            written += static_cast<std::size_t>(count);
+        } else if (count == 0 || errno != EINTR) {
+            Failed(count == 0 ? ENOSPC : errno);
+            break;
+        }
+    }
+    return static_cast<std::int64_t>(written);
+}
+
+bool File::Close() {
+    const bool rehearsed = Rehearsed();
+    const int result = ::close(std::exchange(descriptor_, -1));
+    if (rehearsed) return false;
+    return result == 0 || Failed(errno);
+}
+
+bool FileExists(const std::string& path) {
+    if (Rehearsed()) return false;
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0;
+}
+
+bool DeleteFile(const std::string& path) {
+    if (Rehearsed()) return false;
+    return ::unlink(path.c_str()) == 0 || Failed(errno);
+}
+
+}  // namespace kaldra

@@ -1,0 +1,59 @@
+// The one seam between the program and the file system.
+//
+// Every open, read, write, seek, close, copy, delete and listing of the engine passes here, where a test can make any
+// of them fail. A call that fails notes the system's error number, which the next message box takes for its caption.
+// Paths are bytes and mean exactly what they say: no character is a wildcard.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kaldra {
+
+// An open file, closed at the latest when it goes out of scope.
+class File {
+public:
+    File() = default;
+    ~File();
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    // Opens a regular file for reading.
+    [[nodiscard]] bool OpenForReading(const std::string& path);
+    // Creates an empty file for writing, in place of any older one.
+    [[nodiscard]] bool Create(const std::string& path);
+    // Opens an existing file for writing and leaves its content alone.
+    [[nodiscard]] bool OpenForAppending(const std::string& path);
+    [[nodiscard]] bool SeekToStart();
+    [[nodiscard]] bool SeekToEnd();
+    // Gives the number of bytes read, short only at the end of the file; -1 after a failure.
+    [[nodiscard]] std::int64_t Read(std::span<char> block);
+    // Gives the number of bytes written, fewer than asked for after a failure.
+    [[nodiscard]] std::int64_t Write(std::string_view bytes);
+    [[nodiscard]] bool Close();
+    // Length of the file in bytes as it was at OpenForReading.
+    [[nodiscard]] std::int64_t Size() const { return size_; }
+
+private:
+    [[nodiscard]] bool Open(const std::string& path, int flags);
+    [[nodiscard]] bool Seek(int whence);
+
+    int descriptor_ = -1;
+    std::int64_t size_ = 0;
+};
+
+// Handed over in place of a line, ends a stream of the line reader or of the buffered writer. It is a type of its own,
+// so that no text of a file can be taken for it.
+struct ClearBuf {};
+inline constexpr ClearBuf clearbuf;
+
+[[nodiscard]] bool FileExists(const std::string& path);
+[[nodiscard]] bool DeleteFile(const std::string& path);
+
+// The system's error number of the last failed call of this thread, 0 if none failed since it was last taken.
+[[nodiscard]] int TakeLastSystemError();
+
+}  // namespace kaldra

@@ -1,0 +1,76 @@
+// All table growth of the engine: the one place that turns memory that cannot be had into message 1138.
+//
+// MakeTable and GrowTable give 1, or 0 with the message shown and the table as it was (MakeTable: empty).
+// A request larger than the memory that the machine has left is refused here: the system would grant it and end the
+// process later without a word.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+#include <stdexcept>
+#include <vector>
+
+namespace kaldra {
+
+// True when `bytes` may be asked for now.
+[[nodiscard]] bool MemoryAllows(std::uint64_t bytes);
+
+// Shows message 1138 and gives 0.
+int ShowOutOfMemory();
+
+// Runs `grow`, which allocates `bytes`. Gives false, without a message, if they cannot be had.
+template <class Growth>
+[[nodiscard]] bool TryMemory(std::uint64_t bytes, Growth grow) {
+    if (!MemoryAllows(bytes)) return false;
+    try {
+        grow();
+        return true;
+    } catch (const std::bad_alloc&) {
+    } catch (const std::length_error&) {
+    }
+    return false;
+}
+
+// The same with message 1138.
+template <class Growth>
+[[nodiscard]] int WithMemory(std::uint64_t bytes, Growth grow) {
+    return TryMemory(bytes, grow) ? 1 : ShowOutOfMemory();
+}
+
+// Replaces a table by `count` zero-filled records; whatever it held is released first.
+template <class Record>
+[[nodiscard]] int MakeTable(std::vector<Record>& table, std::size_t count) {
+    std::vector<Record>().swap(table);
+    return WithMemory(count * sizeof(Record), [&] { table.resize(count); });
+}
+
+// Resizes a table, keeps its leading records and zero-fills new ones.
+template <class Record>
+[[nodiscard]] int ResizeTable(std::vector<Record>& table, std::size_t count) {
+    return WithMemory(count * sizeof(Record), [&] { table.resize(count); });
+}
+
+// ResizeTable for a caller that holds a lock and must not wait for the user: the message is left to it.
+template <class Record>
+[[nodiscard]] bool TryResizeTable(std::vector<Record>& table, std::size_t count) {
+    return TryMemory(count * sizeof(Record), [&] { table.resize(count); });
+}
+
+// Makes room for `count` records without adding any.
+template <class Record>
+[[nodiscard]] int ReserveTable(std::vector<Record>& table, std::size_t count) {
+    return WithMemory(count * sizeof(Record), [&] { table.reserve(count); });
+}
+
+// Adds one record at the end.
+template <class Record>
+[[nodiscard]] int AppendRecord(std::vector<Record>& table, const Record& record) {
+    if (table.size() < table.capacity()) {
+        table.push_back(record);
+        return 1;
+    }
+    return WithMemory((2 * table.size() + 1) * sizeof(Record), [&] { table.push_back(record); });
+}
+
+}  // namespace kaldra

@@ -1,0 +1,123 @@
+#include "run/analysis.h"
+
+#include <system_error>
+#include <thread>
+
+#include "model/data_file.h"
+#include "model/function_setup.h"
+#include "model/problem_model.h"
+#include "platform/files.h"
+#include "platform/memory.h"
+#include "run/front_end.h"
+#include "run/messages.h"
+#include "run/run_state.h"
+#include "run/steady_state.h"
+
+namespace kaldra {
+
+static std::thread calcThread;
+
+bool CalcThreadLives() { return calcThread.joinable(); }
+
+void ChooseStartStep() {
+    const bool steady = model.analysisType == steadyState;
+    runState.startStep = steady ? 0 : 1;
+    runState.currentStep = runState.startStep - 1;
+}
+
+void BuildPointResultOffsets() {
+    std::int32_t total = 0;
+    for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
+        model.PointResultOffset[e] = total;
+        total += static_cast<std::int32_t>(PointCount(e));
+    }
+    model.pointTotal = total;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The start
+
+[[nodiscard]] static int MakePointTables() {
+    if (!MakeTable(model.PointResultOffset, static_cast<std::size_t>(model.elementCount))) return 0;
+    BuildPointResultOffsets();
+    return MakeTable(model.PointResults, static_cast<std::size_t>(model.pointTotal) * 5) &&
+           MakeTable(model.SolutionVector, static_cast<std::size_t>(model.nodeCount));
+}
+
+[[nodiscard]] static int CreateCalcThread() {
+    try {
+        calcThread = std::thread(CalcThreadProc);
+        return 1;
+    } catch (const std::system_error&) {
+        return ShowError(4001);
+    }
+}
+
+int StartAnalysis() {
+    frontEnd.ShowRunIcon(true);
+    (void)FreeModel();
+    InitModel(1);
+    if (!ReadDataFile()) return 0;
+    if (!MakePointTables()) return 0;
+    if (!SetupFunctions()) return 0;
+    frontEnd.ClearStatus();
+    runState.haltRequested = 0;
+    runState.unconvergedSteps = 0;
+    runState.graphOwnsModel = 0;  // before the thread lives: closing a graph window must not release its tables
+    runState.running = 1;
+    frontEnd.UpdateMenuState();
+    frontEnd.UpdateButtonState();
+    return CreateCalcThread();
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The calculation thread
+
+// The marker is for other programs: whether it can be made or deleted changes nothing here.
+static void CreateLockFile() {
+    File marker;
+    if (marker.Create(runState.lockFilePath)) (void)marker.Close();
+    (void)TakeLastSystemError();
+}
+
+static void DeleteLockFile() {
+    (void)DeleteFile(runState.lockFilePath);
+    (void)TakeLastSystemError();
+}
+
+int CalcThreadProc() {
+    frontEnd.AppendStatusPlain(StringText(1172));
+    frontEnd.StartRunAnimation();
+    CreateLockFile();
+    int result = 0;
+    if (model.analysisType == steadyState) result = RunSteadyState();
+    DeleteLockFile();
+    frontEnd.RunFinished(result);
+    return result;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The end
+
+void HandleCalcThreadMsg(int first, int) {
+    if (first != runFinishedMessage) return;
+    calcThread.join();  // its last act was the post
+    EndRun();
+    frontEnd.ResultsChanged();
+    frontEnd.AppendStatusPlain(StringText(1050));
+    frontEnd.Beep();
+}
+
+void EndRun() {
+    runState.running = 0;
+    runState.fileOpen = 1;
+    frontEnd.UpdateMenuState();
+    frontEnd.UpdateButtonState();
+    frontEnd.ShowRunIcon(false);
+    frontEnd.StopRunAnimation();
+    frontEnd.RepaintMainWindow();
+    (void)FreeModel();
+    InitModel(1);
+}
+
+}  // namespace kaldra

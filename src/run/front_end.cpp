@@ -1,0 +1,7 @@
+#include "run/front_end.h"
+
+namespace kaldra {
+
+FrontEnd frontEnd;
+
+}  // namespace kaldra

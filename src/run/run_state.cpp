@@ -1,0 +1,7 @@
+#include "run/run_state.h"
+
+namespace kaldra {
+
+RunState runState;
+
+}  // namespace kaldra
