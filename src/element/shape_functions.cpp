@@ -63,21 +63,25 @@ Family FamilyOf(Slots nodes) {
     return nodes[2] > 0 ? Family::Triangle : Family::Line;
 }
 
-// Side 4 + i lies between corner i and the next of `corners`.
-void TakeFromCorners(Values& f, Slots nodes, std::size_t corners, std::size_t sides) {
+// Takes half of each side function in use off its two corners, in place: side 4 + i lies between corner i and the next.
+void TakeFromCorners(float* f, Slots nodes, std::size_t corners, std::size_t sides) {
+    const auto take = [f](std::size_t corner, std::size_t side) {
+        f[corner] = Narrow(static_cast<double>(f[corner]) - 0.5 * static_cast<double>(f[side]));
+    };
     for (std::size_t i = 0; i < sides; ++i) {
         const std::size_t side = 4 + i;
         if (nodes[side] <= 0) {
             f[side] = 0;
             continue;
         }
-        f[i] -= 0.5 * f[side];
-        f[(i + 1) % corners] -= 0.5 * f[side];
+        take(i, side);
+        take((i + 1) % corners, side);
     }
 }
 
-// Takes the functions of all slots in and leaves those of the slots in use, corners corrected.
-void Correct(Values& f, Slots nodes, Family family) {
+// Stores the functions of all slots and leaves those of the slots in use, corners corrected.
+void StoreCorrected(const Values& full, float* f, Slots nodes, Family family) {
+    std::ranges::transform(full, f, Narrow);
     switch (family) {
         case Family::Quadrilateral:
             return TakeFromCorners(f, nodes, 4, 4);
@@ -131,25 +135,19 @@ Values FullDerivativesByS(Family family, double r, double s) {
     return {};
 }
 
-void Store(const Values& from, float* to) { std::ranges::transform(from, to, Narrow); }
-
 }  // namespace
 
 void ShapeFunctions(SlotValues& N, float r, float s, Slots nodes) {
     const Family family = FamilyOf(nodes);
-    Values f = FullFunctions(family, static_cast<double>(r), static_cast<double>(s));
-    Correct(f, nodes, family);
-    Store(f, N.data());
+    StoreCorrected(FullFunctions(family, static_cast<double>(r), static_cast<double>(s)), N.data(), nodes, family);
 }
 
 void ShapeDerivatives(SlotGradients& dN, float r, float s, Slots nodes) {
     const Family family = FamilyOf(nodes);
-    Values byR = FullDerivativesByR(family, static_cast<double>(r), static_cast<double>(s));
-    Values byS = FullDerivativesByS(family, static_cast<double>(r), static_cast<double>(s));
-    Correct(byR, nodes, family);
-    Correct(byS, nodes, family);
-    Store(byR, dN.data());
-    Store(byS, dN.data() + slotCount);
+    const double atR = static_cast<double>(r);
+    const double atS = static_cast<double>(s);
+    StoreCorrected(FullDerivativesByR(family, atR, atS), dN.data(), nodes, family);
+    StoreCorrected(FullDerivativesByS(family, atR, atS), dN.data() + slotCount, nodes, family);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
