@@ -5,6 +5,8 @@
 #include "model/file_names.h"
 #include "model/problem_model.h"
 #include "platform/files.h"
+#include "restart/initial_conditions.h"
+#include "restart/start_step.h"
 #include "run/analysis.h"
 #include "run/front_end.h"
 #include "run/messages.h"
@@ -57,6 +59,30 @@ int OpenDataFile(const std::string& path) {
         return 0;
     }
     return PrepareDocument();
+}
+
+void ChooseStartTime(std::int32_t step) {
+    if (step == runState.startStep || SetStartStep(step)) return;
+    ShowComposedMessage(4005, 0, 0, 0, 0, boxExclamation);
+}
+
+// The file beside `file` with the first letter of its extension changed to r; empty where there is none.
+static std::string ConductivitiesBeside(const std::string& file) {
+    const std::size_t dot = file.rfind('.');
+    std::string beside = file;
+    beside[dot + 1] = 'r';
+    return FileExists(beside) ? beside : std::string();
+}
+
+int ChooseInitialConditions(const std::string& file) {
+    if (!FileExists(file)) return ShowError(1075);
+    if (!ValidateInitialFile(file, 't')) return 0;
+    const bool ownResult = HasSameStem(file, model.dataFileName);
+    runState.initialTemperatureFile = file;
+    runState.initialConductivityFile = ownResult ? ConductivitiesBeside(file) : std::string();
+    RefreshInitialConditionMode();
+    frontEnd.UpdatePanelLabels();
+    return 1;
 }
 
 int Start() {

@@ -3,6 +3,7 @@
 // All run on the front end's thread.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace kaldra {
@@ -13,6 +14,14 @@ void NewDocument();
 // Opens a data file that was chosen or named on the command line, and reads it once for its time sequence and kind.
 // Gives 1 in state Ready; 0 after the reader's message, or message 1074 for a name without a dot, in state NoFile.
 [[nodiscard]] int OpenDataFile(const std::string& path);
+
+// Begins the next run at `step`, which lies in 1 to stepCount; message 4005 where default initial files are missing, and
+// the step stands all the same.
+void ChooseStartTime(std::int32_t step);
+
+// Takes `file` as the initial temperatures of the next run, and the .r file beside it as its conductivities if it belongs
+// to the open document. Gives 1, or 0 after message 1075 (no such file), 4030, 4031 or 4032 with nothing changed.
+[[nodiscard]] int ChooseInitialConditions(const std::string& file);
 
 // Starts a run. Gives 1 when the calculation thread runs; 0 after a message, in state Ready.
 [[nodiscard]] int Start();

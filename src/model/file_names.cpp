@@ -1,5 +1,7 @@
 #include "model/file_names.h"
 
+#include <algorithm>
+
 #include "run/messages.h"
 
 namespace kaldra {
@@ -21,6 +23,15 @@ std::string ReplaceExtension(std::string_view path, std::string_view extension) 
     std::string result(path.substr(0, path.rfind('.')));
     result.append(extension);
     return result;
+}
+
+bool EqualIgnoringCase(std::string_view a, std::string_view b) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
+    return std::ranges::equal(a, b, {}, lower, lower);
+}
+
+bool HasSameStem(std::string_view a, std::string_view b) {
+    return EqualIgnoringCase(a.substr(0, a.rfind('.')), b.substr(0, b.rfind('.')));
 }
 
 }  // namespace kaldra

@@ -17,4 +17,10 @@ namespace kaldra {
 // `path` with everything from its last dot on replaced by `extension` (which brings its own dot).
 [[nodiscard]] std::string ReplaceExtension(std::string_view path, std::string_view extension);
 
+// Equal apart from the case of the letters A to Z.
+[[nodiscard]] bool EqualIgnoringCase(std::string_view a, std::string_view b);
+
+// True when two paths have the same text before their last dots, ignoring case.
+[[nodiscard]] bool HasSameStem(std::string_view a, std::string_view b);
+
 }  // namespace kaldra

@@ -4,7 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "platform/faults.h"
@@ -112,6 +115,27 @@ bool FileExists(const std::string& path) {
 bool DeleteFile(const std::string& path) {
     if (Rehearsed()) return false;
     return ::unlink(path.c_str()) == 0 || Failed(errno);
+}
+
+bool CopyFile(const std::string& from, const std::string& to) {
+    if (Rehearsed()) return false;
+    std::error_code error;
+    std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
+    return !error || Failed(error.value());
+}
+
+std::vector<std::string> ListFiles(const std::string& folder, std::string_view prefix) {
+    std::vector<std::string> names;
+    if (Rehearsed()) return names;
+    std::error_code error;
+    std::filesystem::directory_iterator entries(folder.empty() ? "." : folder, error);
+    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
+        std::string name = entries->path().filename().string();
+        if (name.starts_with(prefix)) names.push_back(std::move(name));
+    }
+    if (error) Failed(error.value());
+    std::ranges::sort(names);
+    return names;
 }
 
 }  // namespace kaldra

@@ -52,6 +52,11 @@ inline constexpr ClearBuf clearbuf;
 
 [[nodiscard]] bool FileExists(const std::string& path);
 [[nodiscard]] bool DeleteFile(const std::string& path);
+// Copies a file's bytes over `to`, in place of any older file.
+[[nodiscard]] bool CopyFile(const std::string& from, const std::string& to);
+// Names, without folder and in rising order, of the entries of `folder` that begin with `prefix`. None where it cannot
+// be read. An empty folder is the working folder.
+[[nodiscard]] std::vector<std::string> ListFiles(const std::string& folder, std::string_view prefix);
 
 // The system's error number of the last failed call of this thread, 0 if none failed since it was last taken.
 [[nodiscard]] int TakeLastSystemError();

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "model/problem_model.h"
 #include "platform/files.h"
 #include "results/text_writer.h"
 
@@ -34,6 +35,21 @@ template <class WriteRows>
     return WriteLinesAndClose(file, result.cannotClose, [&](File& out) {
         return WriteLines(out, CommonHeader()) && WriteLines(out, heading) && writeRows(out);
     });
+}
+
+// Number of a record in a row of a result file.
+[[nodiscard]] inline std::int32_t RowNumber(std::size_t index) { return static_cast<std::int32_t>(index) + 1; }
+
+// Writes a row for every integration point of every element, in order, until `writeRow(file, e, point)` gives -1.
+template <class WriteRow>
+[[nodiscard]] bool WritePointRows(File& file, WriteRow writeRow) {
+    for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
+        const std::size_t points = PointCount(e);
+        for (std::size_t point = 0; point < points; ++point) {
+            if (writeRow(file, e, point) != 1) return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace kaldra

@@ -8,10 +8,15 @@
 #include "model/problem_model.h"
 #include "platform/files.h"
 #include "platform/memory.h"
+#include "restart/initial_conditions.h"
+#include "restart/step_files.h"
+#include "results/initial_results.h"
+#include "results/old_output.h"
 #include "run/front_end.h"
 #include "run/messages.h"
 #include "run/run_state.h"
 #include "run/steady_state.h"
+#include "run/transient.h"
 
 namespace kaldra {
 
@@ -53,12 +58,24 @@ void BuildPointResultOffsets() {
     }
 }
 
+// Results on disk from another time sequence cannot be built on.
+[[nodiscard]] static int CheckTimeSequence() {
+    const std::int32_t last = LastConsistentStep('t');
+    if (last >= runState.startStep - 1) return 1;
+    if (last < 1) {
+        ShowComposedMessage(1301, 1, 1303, 0, 0, boxExclamation);
+    } else {
+        ShowComposedMessage(1301, 1, 1302, last + 1, 1303, boxExclamation);
+    }
+    return 0;
+}
+
 int StartAnalysis() {
     frontEnd.ShowRunIcon(true);
     (void)FreeModel();
     InitModel(1);
-    if (!ReadDataFile()) return 0;
-    if (!MakePointTables()) return 0;
+    if (!ReadDataFile() || !CheckTimeSequence()) return 0;
+    if (!MakePointTables() || !ReadInitialConditions()) return 0;
     if (!SetupFunctions()) return 0;
     frontEnd.ClearStatus();
     runState.haltRequested = 0;
@@ -67,6 +84,8 @@ int StartAnalysis() {
     runState.running = 1;
     frontEnd.UpdateMenuState();
     frontEnd.UpdateButtonState();
+    if (model.analysisType == transient && !WriteInitialResults()) return ShowError(1082);
+    if (!ClearOldOutput()) return 0;
     return CreateCalcThread();
 }
 
@@ -91,6 +110,7 @@ int CalcThreadProc() {
     CreateLockFile();
     int result = 0;
     if (model.analysisType == steadyState) result = RunSteadyState();
+    if (model.analysisType == transient) result = RunTransient();
     DeleteLockFile();
     frontEnd.RunFinished(result);
     return result;

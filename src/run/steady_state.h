@@ -3,12 +3,9 @@
 
 namespace kaldra {
 
-// Prepares the tables that both analyses need before their first iteration. Gives 1; 0 after a message, or without one
-// when Stop was pressed. Calculation thread, after a whole StartAnalysis.
-[[nodiscard]] int PrepareTables();
-
 // Assembles, solves and measures until the solution has converged, maxIterations is reached or Halt Iteration is
-// pressed, then writes the results, whatever ended the iteration. Gives 1 when the result files are written, else 0.
+// pressed, then writes the results, whatever ended the iteration. Gives 1 when the result files are written; 0 after a
+// message, or without one when Stop was pressed. Calculation thread, after a whole StartAnalysis.
 [[nodiscard]] int RunSteadyState();
 
 }  // namespace kaldra

@@ -205,10 +205,4 @@ int SolveSkylineDouble(std::span<double> store, std::span<float> rhs, std::span<
     return 1;
 }
 
-void TakeSolution() {
-    for (std::size_t n = 0; n < model.SolutionVector.size(); ++n) {
-        if (model.EquationCode[n] != equationInactive) model.nodeStates[n].temperature = model.SolutionVector[n];
-    }
-}
-
 }  // namespace kaldra

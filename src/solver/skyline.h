@@ -31,9 +31,6 @@ namespace kaldra {
 [[nodiscard]] int EliminateFixedDouble(std::span<double> store, std::span<float> rhs,
                                        std::span<const std::int32_t> code, std::span<const std::int32_t> ptr);
 
-// Makes the solution the temperatures of the nodes; a node without an equation keeps the one it has.
-void TakeSolution();
-
 // Factorises the store in place and turns the right-hand side into the solution. The pivot test looks at the diagonal
 // as it was assembled, before any reduction. Gives 1; 0 after message 1170 (first equation), 1171 (a later one) or
 // 1138, or without one when Stop was pressed.

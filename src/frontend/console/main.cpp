@@ -64,6 +64,8 @@ void CatchSignals() {
 
 struct Options {
     std::string file;
+    std::int32_t startStep = 0;  // 0: not given
+    std::string initialFile;     // empty: not given
     bool quiet = false;
     bool strict = false;
 };
@@ -77,8 +79,8 @@ std::string AbsolutePath(const std::string& file) {
         return {};
     }
     if (path.size() > longestPath) {
-        Complain(FormatText("the path of the data file has %d characters, %d is the most: %s",
-                            static_cast<std::int64_t>(path.size()), static_cast<std::int64_t>(longestPath), path));
+        Complain(FormatText("the path has %d characters, %d is the most: %s", static_cast<std::int64_t>(path.size()),
+                            static_cast<std::int64_t>(longestPath), path));
         return {};
     }
     return path;
@@ -91,6 +93,25 @@ bool OpenAsCommanded(const std::string& path) {
     if (!FindExtension(name, dotPosition, length)) return false;
     if (!FileExists(path)) return ShowError(1020) != 0;
     return OpenDataFile(path) == 1;
+}
+
+// The start that the options ask for. Gives the exit status of a refusal, exitDone for none.
+int PrepareStart(const Options& options) {
+    if (options.startStep == 0 && options.initialFile.empty()) return exitDone;
+    if (model.analysisType == steadyState) {
+        Complain("a steady-state problem has no start step and no initial conditions");
+        return exitUsage;
+    }
+    if (options.startStep != 0) {
+        if (options.startStep < 1 || options.startStep > model.stepCount) {
+            Complain(FormatText("the start step has to lie between 1 and %d", model.stepCount));
+            return exitUsage;
+        }
+        ChooseStartTime(options.startStep);
+    }
+    if (options.initialFile.empty()) return exitDone;
+    const std::string path = AbsolutePath(options.initialFile);
+    return !path.empty() && ChooseInitialConditions(path) ? exitDone : exitFailed;
 }
 
 void WaitForEnd() {
@@ -113,6 +134,8 @@ int Run(const Options& options) {
     const std::string path = AbsolutePath(options.file);
     if (path.empty() || !OpenAsCommanded(path)) return exitFailed;
     const std::int32_t kind = model.analysisType;
+    const int refused = PrepareStart(options);
+    if (refused != exitDone) return refused;
     if (!Start()) return exitFailed;
     runExists = true;
     WaitForEnd();
@@ -137,6 +160,10 @@ int main(int argc, char** argv) {
     CLI::App app("Runs one analysis of heat in freezing and thawing ground.", "kaldra-run");
     Options options;
     app.add_option("FILE.kdr", options.file, "problem data file")->required();
+    CLI::Option* const startStep =
+        app.add_option("--start-step", options.startStep, "begin at step N of a transient problem")->option_text("N");
+    app.add_option("--initial", options.initialFile, "begin from the temperatures of a result file")
+        ->option_text("FILE");
     app.add_flag("-q,--quiet", options.quiet, "no status lines");
     app.add_flag("--strict", options.strict, "exit 4 when an iteration did not converge or a message was shown");
     app.set_version_flag("--version", "kaldra-run " KALDRA_VERSION);
@@ -149,6 +176,10 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return app.exit(error);
         Complain(error.what() + std::string("; see --help"));
+        return exitUsage;
+    }
+    if (startStep->count() > 0 && options.startStep == 0) {
+        Complain("the start step has to be 1 or more");
         return exitUsage;
     }
     ConnectConsole(options.quiet);

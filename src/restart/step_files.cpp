@@ -1,0 +1,46 @@
+#include "restart/step_files.h"
+
+#include "model/file_names.h"
+#include "model/line_reader.h"
+#include "model/problem_model.h"
+#include "model/time_sequence.h"
+#include "platform/files.h"
+#include "platform/number_text.h"
+
+namespace kaldra {
+
+std::string StepFileBesideData(char letter, std::int32_t step) {
+    return ReplaceExtension(model.dataFileName, std::string(".") + letter + FormatText("%02d", step));
+}
+
+// The fifth line holds step number and elapsed time.
+[[nodiscard]] static int ReadElapsed(File& file, float& elapsed) {
+    LineBuffer line;
+    for (int i = 0; i < 5; ++i) {
+        if (ReadLine(file, line) != 1) return 0;
+    }
+    return ScanText(line.View(), " %*d %f", &elapsed).fields == 1;
+}
+
+int CheckStepTime(const std::string& fileName, float elapsed) {
+    File file;
+    if (!file.OpenForReading(fileName)) {
+        (void)TakeLastSystemError();
+        return -1;
+    }
+    float found = 0;
+    const int read = ReadElapsed(file, found);
+    ReadLine(file, clearbuf);
+    return read && found == elapsed;
+}
+
+std::int32_t LastConsistentStep(char letter) {
+    std::int32_t last = 0;
+    for (std::int32_t step = 1; step <= model.stepCount; ++step) {
+        if (CheckStepTime(StepFileBesideData(letter, step), ElapsedTime(step)) == 0) break;
+        last = step;
+    }
+    return last;
+}
+
+}  // namespace kaldra

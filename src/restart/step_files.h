@@ -1,0 +1,19 @@
+// The result files of a step on disk: their names beside the data file, and whether they fit the time sequence.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace kaldra {
+
+// dataFileName with the extension of a step's file: .t07, .r100.
+[[nodiscard]] std::string StepFileBesideData(char letter, std::int32_t step);
+
+// Compares the elapsed time in a result file's header with `elapsed`, exactly, as f32: the file holds five digits.
+// Gives 1 equal, 0 different or not to be read, -1 where there is no file, which contradicts nothing.
+[[nodiscard]] int CheckStepTime(const std::string& fileName, float elapsed);
+
+// The last step that the result files on disk do not contradict: the one before the first whose time differs.
+[[nodiscard]] std::int32_t LastConsistentStep(char letter);
+
+}  // namespace kaldra

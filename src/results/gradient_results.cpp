@@ -1,0 +1,76 @@
+#include "results/gradient_results.h"
+
+#include <array>
+#include <vector>
+
+#include "element/element_geometry.h"
+#include "element/element_matrices.h"
+#include "element/small_matrix.h"
+#include "model/problem_model.h"
+#include "platform/memory.h"
+#include "platform/number_text.h"
+#include "results/result_file.h"
+#include "run/run_state.h"
+
+namespace kaldra {
+
+namespace {
+
+// Values of one integration point.
+struct PointGradient {
+    float fluxX, fluxY;
+    float gradientX, gradientY;
+};
+
+// The area scale was looked at by the assembly, long before.
+void ComputeElement(std::size_t e, PointGradient* values) {
+    const ElementRec& element = model.elements[e];
+    const std::size_t points = PointCount(e);
+    const SlotValues temperature = SlotTemperatures(element, &NodeState::temperature);
+    ElementCoordinates xy;
+    RuleTable rule;
+    GetElementCoordinates(e, xy);
+    GetIntegrationRule(rule, points);
+    for (std::size_t i = 0; i < points; ++i) {
+        PointGeometry at;
+        (void)ComputePointGeometry(element, xy, rule[i], at);
+        SlotGradients B;
+        SlotGradients conducted;
+        Conductivity D;
+        GlobalDerivatives(B, at.inverse, at.dN);
+        StoredConductivityAtPoint(D, e, i);
+        MatMul(conducted.data(), D.data(), B.data(), 2, 2, slotCount);
+        std::array<float, 2> gradient;
+        std::array<float, 2> flux;
+        MatVec(gradient.data(), B.data(), temperature.data(), 2, slotCount);
+        MatVec(flux.data(), conducted.data(), temperature.data(), 2, slotCount);
+        values[i] = {-flux[0], -flux[1], -gradient[0], -gradient[1]};
+    }
+}
+
+[[nodiscard]] int ComputeGradients(std::vector<PointGradient>& values) {
+    if (!MakeTable(values, static_cast<std::size_t>(model.pointTotal))) return 0;
+    for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
+        if (!IsRunning()) return 0;
+        if (IsNullElement(model.elements[e])) continue;
+        ComputeElement(e, values.data() + model.PointResultOffset[e]);
+    }
+    return 1;
+}
+
+}  // namespace
+
+int WriteGradientResults() {
+    std::vector<PointGradient> values;
+    if (!ComputeGradients(values)) return 0;
+    const auto writeRow = [&](File& file, std::size_t e, std::size_t point) {
+        const PointGradient& v = values[static_cast<std::size_t>(model.PointResultOffset[e]) + point];
+        return WriteBuffered(file, FormatText("%5d%5d%+15.6E%+15.6E%+15.6E%+15.6E", RowNumber(e), RowNumber(point),
+                                              v.fluxX, v.fluxY, v.gradientX, v.gradientY));
+    };
+    return WriteResultFile({StepFileName('g'), 1022, 1036},
+                           "Elem# Pnt#  Unit Flux X    Unit Flux Y    Gradient X     Gradient Y ", 70,
+                           [&](File& file) { return WritePointRows(file, writeRow); });
+}
+
+}  // namespace kaldra

@@ -1,0 +1,51 @@
+#include "results/initial_results.h"
+
+#include <string>
+
+#include "model/file_names.h"
+#include "model/problem_model.h"
+#include "platform/number_text.h"
+#include "results/result_file.h"
+#include "run/run_state.h"
+
+namespace kaldra {
+
+static std::string_view UpToFirstDot(std::string_view path) { return path.substr(0, path.find('.')); }
+
+static bool WriteRows(File& file) {
+    for (std::int32_t number = 1; number <= model.nodeCount; ++number) {
+        const std::size_t n = IndexOf(number);
+        const NodeState& state = model.nodeStates[n];
+        const std::string row = FormatText("%5d %+14.6E %+14.6E %+14.6E ", number, state.temperature,
+                                           model.SolutionVector[n], state.sumVolume);
+        if (WriteBuffered(file, row) != 1) return false;
+    }
+    return true;
+}
+
+// The initial set's file with the letter in place of the first letter of the extension, if there is one, becomes
+// baseName.?in. A copy that fails is not missed: nothing here reads it.
+[[nodiscard]] static int CopyCompanion(char letter) {
+    std::string source = runState.initialTemperatureFile;
+    std::int32_t dotPosition = 0;
+    std::int32_t length = 0;
+    if (!FindExtension(source, dotPosition, length)) return 0;
+    if (dotPosition < length) source[static_cast<std::size_t>(dotPosition)] = letter;
+    if (FileExists(source)) (void)CopyFile(source, model.baseName + '.' + letter + "in");
+    (void)TakeLastSystemError();
+    return 1;
+}
+
+int WriteInitialResults() {
+    const bool sameProblem =
+        EqualIgnoringCase(UpToFirstDot(model.dataFileName), UpToFirstDot(runState.initialTemperatureFile));
+    if (runState.startStep > 1 && sameProblem) return 1;
+    if (!WriteResultFile({model.baseName + ".tin", 1021, 1035}, "Node#  Temp           Flux(Q)        Sum_Volume", 50,
+                         WriteRows)) {
+        return 0;
+    }
+    if (runState.initialConditionMode == 0) return 1;
+    return CopyCompanion('m') && CopyCompanion('v') && CopyCompanion('f');
+}
+
+}  // namespace kaldra
