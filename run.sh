@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Builds KALDRA SOLVE and runs one problem: ./run.sh [OPTION]... [FILE.kdr]
-# Without a file it runs the example of the heated slab. Options are those of kaldra-run.
+# Without a file it runs the example of the road embankment. Options are those of kaldra-run.
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)
 "$here/tools/install-packages.sh" g++ cmake ninja-build libcli11-dev
 "$here/tools/build.sh" release kaldra-run
 
-[ $# -gt 0 ] || set -- "$here/examples/heated-slab/heated-slab.kdr"
+[ $# -gt 0 ] || set -- "$here/examples/road-embankment/road-embankment.kdr"
 file=${!#}
 stamp=$(mktemp)
 trap 'rm -f "$stamp"' EXIT
