@@ -42,7 +42,7 @@ void BuildPointResultOffsets() {
 // ---------------------------------------------------------------------------------------------------------------------
 // The start
 
-[[nodiscard]] static int MakePointTables() {
+int MakePointTables() {
     if (!MakeTable(model.PointResultOffset, static_cast<std::size_t>(model.elementCount))) return 0;
     BuildPointResultOffsets();
     return MakeTable(model.PointResults, static_cast<std::size_t>(model.pointTotal) * 5) &&

@@ -28,6 +28,9 @@ void EndRun();
 // True from a successful StartAnalysis until the thread has been waited for.
 [[nodiscard]] bool CalcThreadLives();
 
+// Sizes the tables per element, point and node for the model that was read. Gives 1, or 0 after message 1138.
+[[nodiscard]] int MakePointTables();
+
 // PointResultOffset and pointTotal from integrationPoints; a count below 1 is an element without points.
 void BuildPointResultOffsets();
 
