@@ -21,7 +21,11 @@ if [ -f "$file" ]; then
     stem=${stem%.*}
     echo
     echo "Files written in $folder:"
-    find "$folder" -maxdepth 1 -type f -newer "$stamp" -printf '%f\n' |
-        awk -v stem="$stem." 'index($0, stem) == 1 { print "  " $0 }' | sort
+    find "$folder" -maxdepth 1 -type f -newer "$stamp" -printf '%f\n' | sort |
+        awk -v stem="$stem." '
+            index($0, stem) != 1 { next }
+            length(line) + length($0) > 100 { print line; line = "" }
+            { line = line "  " $0 }
+            END { if (line != "") print line }'
 fi
 exit $status
