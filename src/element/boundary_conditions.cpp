@@ -244,6 +244,7 @@ static void AddLumpedAreas(const ElementRec& element, const ElementMatrix& A) {
 int ComputeNodalAreas() {
     for (NodeRec& node : model.nodes) node.nodalArea = 0;
     for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
+        if (!IsRunning()) return 0;
         const ElementRec& element = model.elements[e];
         if (PointCount(e) == 0 || std::ranges::none_of(element.nodes, IsUnitFluxNode)) continue;
         if (!HasConductivity(element)) continue;

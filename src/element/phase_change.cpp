@@ -59,7 +59,7 @@ struct Candidates {
 template <class Before>
 void SelectFirst(std::vector<Candidate>& list, std::size_t count, Before before) {
     if (count == list.size()) return;
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count && IsRunning(); ++i) {
         for (std::size_t j = i + 1; j < list.size(); ++j) {
             if (before(list[j].temperature, list[i].temperature)) std::swap(list[i], list[j]);
         }

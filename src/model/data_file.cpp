@@ -261,10 +261,12 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
     return AppendRecord(model.elements, element);
 }
 
-bool HasActiveElement() {
-    return std::ranges::any_of(model.elements, [](const ElementRec& element) {
+// Asked after the elements, and again at the end: a later MATERIAL section may have changed the answer.
+[[nodiscard]] int CheckActive() {
+    const auto active = [](const ElementRec& element) {
         return IsNumberWithin(element.material, model.materialCount) && !IsNullElement(element);
-    });
+    };
+    return std::ranges::any_of(model.elements, active) ? 1 : ShowError(1052);
 }
 
 [[nodiscard]] int ReadElements(DataFile& in) {
@@ -276,7 +278,7 @@ bool HasActiveElement() {
     for (std::int32_t place = 1; place <= count; ++place) {
         if (!ReadElementRow(in, place)) return 0;
     }
-    if (!HasActiveElement()) return ShowError(1052);
+    if (!CheckActive()) return 0;
     model.elementCount = count;
     return EndTable(model.elements);
 }
@@ -461,7 +463,7 @@ int ReadDataFile() {
     if (!in.file.OpenForReading(model.dataFileName)) return ShowError(1020);
     const std::size_t extension = std::min<std::size_t>(model.dataFileName.size(), 4);
     model.baseName = model.dataFileName.substr(0, model.dataFileName.size() - extension);
-    const int result = ReadFileInfo(in) && ReadSections(in) && CheckReferences(in);
+    const int result = ReadFileInfo(in) && ReadSections(in) && CheckActive() && CheckReferences(in);
     model.useDoubleStore = 1;
     ReadLine(in.file, clearbuf);
     return result;

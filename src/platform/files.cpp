@@ -55,7 +55,8 @@ bool File::OpenForReading(const std::string& path) {
     return Failed(EINVAL);
 }
 
-bool File::Create(const std::string& path) { return Open(path, O_WRONLY | O_CREAT | O_TRUNC); }
+// O_NONBLOCK: a pipe that nobody reads fails here, too.
+bool File::Create(const std::string& path) { return Open(path, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK); }
 
 bool File::OpenForAppending(const std::string& path) { return Open(path, O_WRONLY); }
 

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "platform/faults.h"
@@ -12,19 +13,30 @@ namespace kaldra {
 // Smaller requests are not worth a look at the system's figures.
 static constexpr std::uint64_t alwaysTried = 64U << 20U;
 
-// Bytes that the system can still hand out without swapping; all there is where it does not tell.
-static std::uint64_t AvailableMemory() {
-    std::uint64_t kibibytes = 0;
-    if (std::FILE* figures = std::fopen("/proc/meminfo", "re")) {
+// A number that the system tells in a file, scanned line by line; 0 where there is none.
+static std::uint64_t SystemFigure(const char* file, const char* format) {
+    unsigned long long value = 0;
+    if (std::FILE* figures = std::fopen(file, "re")) {
         char line[128];
-        unsigned long long value = 0;
-        while (std::fgets(line, sizeof line, figures) != nullptr) {
-            if (std::sscanf(line, "MemAvailable: %llu", &value) == 1) kibibytes = value;
+        while (value == 0 && std::fgets(line, sizeof line, figures) != nullptr) {
+            if (std::sscanf(line, format, &value) != 1) value = 0;
         }
         std::fclose(figures);
     }
-    if (kibibytes != 0) return kibibytes * 1024;
-    return static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+    return value;
+}
+
+// Bytes that the system can still hand out without swapping, in a container also without passing its limit.
+static std::uint64_t AvailableMemory() {
+    std::uint64_t available = SystemFigure("/proc/meminfo", "MemAvailable: %llu") * 1024;
+    if (available == 0) {
+        available =
+            static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+    }
+    const std::uint64_t limit = SystemFigure("/sys/fs/cgroup/memory.max", "%llu");
+    const std::uint64_t used = SystemFigure("/sys/fs/cgroup/memory.current", "%llu");
+    if (limit != 0) available = std::min(available, limit > used ? limit - used : 0);
+    return available;
 }
 
 bool MemoryAllows(std::uint64_t bytes) {

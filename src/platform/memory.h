@@ -1,6 +1,6 @@
 // All table growth of the engine: the one place that turns memory that cannot be had into message 1138.
 //
-// MakeTable and GrowTable give 1, or 0 with the message shown and the table as it was (MakeTable: empty).
+// Each gives 1, or 0 with the message shown and the table as it was (MakeTable: empty).
 // A request larger than the memory that the machine has left is refused here: the system would grant it and end the
 // process later without a word.
 #pragma once
@@ -57,7 +57,12 @@ template <class Record>
     return TryMemory(count * sizeof(Record), [&] { table.resize(count); });
 }
 
-// Makes room for `count` records without adding any.
+// Makes room for `count` records without adding any; the first form leaves the message to the caller.
+template <class Record>
+[[nodiscard]] bool TryReserveTable(std::vector<Record>& table, std::size_t count) {
+    return TryMemory(count * sizeof(Record), [&] { table.reserve(count); });
+}
+
 template <class Record>
 [[nodiscard]] int ReserveTable(std::vector<Record>& table, std::size_t count) {
     return WithMemory(count * sizeof(Record), [&] { table.reserve(count); });

@@ -160,9 +160,9 @@ Taken TakeInteger(Scan& scan, std::size_t width, bool anyBase, std::int32_t& val
     const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), magnitude, base);
     if (error == std::errc::invalid_argument) return Taken::No;
     const std::int64_t signedValue = negative ? -magnitude : magnitude;
+    scan.rest.remove_prefix(static_cast<std::size_t>(end - scan.rest.data()));
     if (error != std::errc() || signedValue != static_cast<std::int32_t>(signedValue)) return Taken::OutOfRange;
     value = static_cast<std::int32_t>(signedValue);
-    scan.rest.remove_prefix(static_cast<std::size_t>(end - scan.rest.data()));
     return Taken::Yes;
 }
 
@@ -185,11 +185,15 @@ Taken TakeReal(Scan& scan, std::size_t width, float& value) {
     std::string_view field = scan.rest.substr(0, width);
     const bool negative = TakeSign(field);
     if (field.empty() || field.front() == '-') return Taken::No;
+    const bool hexadecimal = field.size() > 2 && field[0] == '0' && (field[1] == 'x' || field[1] == 'X');
+    if (hexadecimal) field.remove_prefix(2);
+    const auto style = hexadecimal ? std::chars_format::hex : std::chars_format::general;
     float magnitude = 0;
-    const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), magnitude);
+    const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), magnitude, style);
     if (error == std::errc::invalid_argument) return Taken::No;
     const char* const last = field.data() + field.size();
     if (end != last && (*end == 'e' || *end == 'E')) return Taken::No;  // an exponent without digits
+    scan.rest.remove_prefix(static_cast<std::size_t>(end - scan.rest.data()));
     if (error != std::errc()) {
         const std::string_view number(field.data(), static_cast<std::size_t>(end - field.data()));
         if (ResolveRange(number, magnitude) != Taken::Yes) return Taken::OutOfRange;
@@ -197,7 +201,6 @@ Taken TakeReal(Scan& scan, std::size_t width, float& value) {
         return Taken::OutOfRange;
     }
     value = negative ? -magnitude : magnitude;
-    scan.rest.remove_prefix(static_cast<std::size_t>(end - scan.rest.data()));
     return Taken::Yes;
 }
 
@@ -242,6 +245,7 @@ ScanResult ScanArguments(std::string_view text, std::string_view format, const S
             assert(letter == 'f' || letter == 'e');
             taken = TakeReal(scan, width, suppressed ? ignoredReal : *targets->real);
         }
+        if (suppressed && taken == Taken::OutOfRange) taken = Taken::Yes;  // nobody looks at it
         if (taken != Taken::Yes) {
             result.outOfRange = taken == Taken::OutOfRange;
             return result;

@@ -62,8 +62,8 @@ int BadLine(const InitialFile& in) { return ShowErrorWithText(in.badLine, in.lin
     const int result = ReadLine(in.file, in.line);
     if (result < 0) return BadLine(in);
     std::int32_t number = 0;
-    const bool isRow = result == 1 && ScanText(in.line.View(), "%d", &number).fields == 1;
-    return isRow && number > count ? ShowError(otherMesh) : 1;
+    const ScanResult scan = result == 1 ? ScanText(in.line.View(), "%d", &number) : ScanResult{};
+    return scan.outOfRange || (scan.fields == 1 && number > count) ? ShowError(otherMesh) : 1;
 }
 
 [[nodiscard]] int ReadTemperatureRow(InitialFile& in) {
@@ -73,7 +73,7 @@ int BadLine(const InitialFile& in) { return ShowErrorWithText(in.badLine, in.lin
     float ignored = 0;
     if (!NextRow(in)) return 0;
     const ScanResult scan = ScanText(in.line.View(), "%d %f %f %f", &number, &temperature, &flow, &ignored);
-    if (scan.fields < 2 || scan.outOfRange) return BadLine(in);
+    if (scan.fields < 2 || (scan.fields == 2 && scan.outOfRange)) return BadLine(in);  // the fourth field is not used
     if (number < 1 || number > model.nodeCount) return ShowError(otherMesh);
     model.nodeStates[IndexOf(number)] = {temperature, temperature, 0};
     model.SolutionVector[IndexOf(number)] = flow;

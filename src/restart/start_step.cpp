@@ -1,5 +1,6 @@
 #include "restart/start_step.h"
 
+#include "model/problem_model.h"
 #include "platform/files.h"
 #include "restart/step_files.h"
 #include "run/front_end.h"
@@ -21,13 +22,12 @@ int FindDefaultInitialFiles() {
     runState.initialConditionMode = 0;
     const std::int32_t before = runState.startStep - 1;
     if (before <= 0) return 1;
-    const std::string temperatures = StepFileBesideData('t', before);
-    if (!FileExists(temperatures)) return 0;
-    runState.initialTemperatureFile = temperatures;
+    std::string found;
+    if (!HasExtensionFile(model.dataFileName, StepExtension('t', before), found)) return 0;
+    runState.initialTemperatureFile = found;
     runState.initialConditionMode = 1;
-    const std::string conductivities = StepFileBesideData('r', before);
-    if (!FileExists(conductivities)) return 0;
-    runState.initialConductivityFile = conductivities;
+    if (!HasExtensionFile(model.dataFileName, StepExtension('r', before), found)) return 0;
+    runState.initialConductivityFile = found;
     runState.initialConditionMode = 2;
     return 1;
 }

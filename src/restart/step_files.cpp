@@ -9,8 +9,17 @@
 
 namespace kaldra {
 
+std::string StepExtension(char letter, std::int32_t step) {
+    return std::string(".") + letter + FormatText("%02d", step);
+}
+
 std::string StepFileBesideData(char letter, std::int32_t step) {
-    return ReplaceExtension(model.dataFileName, std::string(".") + letter + FormatText("%02d", step));
+    return ReplaceExtension(model.dataFileName, StepExtension(letter, step));
+}
+
+int HasExtensionFile(const std::string& path, const std::string& extension, std::string& fullName) {
+    fullName = ReplaceExtension(path, extension);
+    return FileExists(fullName) ? 1 : 0;
 }
 
 // The fifth line holds step number and elapsed time.

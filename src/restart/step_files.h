@@ -6,8 +6,14 @@
 
 namespace kaldra {
 
-// dataFileName with the extension of a step's file: .t07, .r100.
+// Extension of a step's file: .t07, .r100.
+[[nodiscard]] std::string StepExtension(char letter, std::int32_t step);
+
+// dataFileName with the extension of a step's file.
 [[nodiscard]] std::string StepFileBesideData(char letter, std::int32_t step);
+
+// Replaces the extension of `path` by `extension`, gives the name in `fullName` and tells whether such a file exists.
+[[nodiscard]] int HasExtensionFile(const std::string& path, const std::string& extension, std::string& fullName);
 
 // Compares the elapsed time in a result file's header with `elapsed`, exactly, as f32: the file holds five digits.
 // Gives 1 equal, 0 different or not to be read, -1 where there is no file, which contradicts nothing.

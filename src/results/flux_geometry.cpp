@@ -10,6 +10,7 @@
 #include "model/problem_model.h"
 #include "platform/memory.h"
 #include "platform/narrow.h"
+#include "run/run_state.h"
 
 namespace kaldra {
 
@@ -222,6 +223,7 @@ int BuildFluxCrossings() {
     const auto sections = static_cast<std::size_t>(model.fluxSectionCount);
     for (std::size_t s = 0; s < sections; ++s) model.fluxResults[s].crossingCount = 0;
     for (std::int32_t number = 1; number <= model.elementCount && sections > 0; ++number) {
+        if (!IsRunning()) return 0;
         const Corners corners = CornersOf(model.elements[IndexOf(number)]);
         if (corners.count == 0) continue;
         for (std::size_t s = 0; s < sections; ++s) {

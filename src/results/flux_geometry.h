@@ -7,7 +7,8 @@
 
 namespace kaldra {
 
-// Fills the crossings of every section, in rising element number. Gives 1, or 0 after message 1138.
+// Fills the crossings of every section, in rising element number. Gives 1; 0 after message 1138, or without one
+// when Stop was pressed.
 [[nodiscard]] int BuildFluxCrossings();
 
 // Where the segment (x1, y1)-(x2, y2) of a section meets the element edge (x3, y3)-(x4, y4). End points that are near

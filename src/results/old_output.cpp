@@ -66,7 +66,7 @@ int ClearOldOutput() {
     std::int32_t length = 0;
     if (!FindExtension(path, dotPosition, length)) return 0;
     const std::string whole(path.substr(0, static_cast<std::size_t>(dotPosition) - 1));
-    const std::size_t name = std::min(FileNameOffset(path), whole.size());
+    const std::size_t name = std::min(whole.rfind('/') + 1, whole.size());  // npos + 1 is 0: no folder
     if (model.analysisType == steadyState) ClearSteadyStart(whole);
     bool announced = false;
     for (const int pattern : {1085, 1086, 1087, 1088}) {

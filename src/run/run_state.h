@@ -1,6 +1,6 @@
 // RunState: the flags and counters that the front end and the calculation thread share.
 //
-// The three atomics are the only words that one thread writes while the other polls them. Everything else is written on
+// The atomics are the only words that one thread writes while the other polls them. Everything else is written on
 // the front end's thread while no calculation thread lives, or by the calculation thread while it lives.
 #pragma once
 

@@ -40,7 +40,7 @@ int BuildSkylineProfile() {
     std::int64_t position = -1;
     for (std::int32_t& entry : ptr) {
         position += entry;
-        if (position > std::numeric_limits<std::int32_t>::max()) return ShowError(1138);
+        if (position >= std::numeric_limits<std::int32_t>::max()) return ShowError(1138);
         entry = static_cast<std::int32_t>(position);
     }
     return 1;
@@ -83,12 +83,6 @@ struct System {
 
 void StoreResult(const System& s, std::span<float> rhs) { std::ranges::transform(s.right, rhs.begin(), Narrow); }
 
-Index HighestColumn(const System& s) {
-    Index highest = 0;
-    for (Index j = 1; j < s.n; ++j) highest = std::max<Index>(highest, s.ptr[j] - s.ptr[j - 1]);
-    return highest;
-}
-
 // Takes the prescribed value w(from) times the coupling to the right-hand side of a free equation, and cuts the
 // coupling.
 void MoveAcross(System& s, double& coupling, Index from, Index to) {
@@ -96,18 +90,18 @@ void MoveAcross(System& s, double& coupling, Index from, Index to) {
     coupling = 0;
 }
 
-void ClearRowRightwards(System& s, Index i, Index highest) {
-    const Index last = std::min(i + highest, s.n - 1);
-    for (Index j = i + 1; j <= last; ++j) {
-        if (s.Inactive(j) || i < s.FirstRow(j)) continue;
-        MoveAcross(s, s.Entry(i, j), i, j);
+// Cuts the couplings of column j that touch a prescribed equation. Column after column, every free equation gets its
+// terms in rising order of the prescribed ones.
+void CutColumn(System& s, Index j) {
+    const bool prescribed = s.code[j] == equationPrescribed;
+    for (Index i = s.FirstRow(j); i < j; ++i) {
+        if (s.code[i] == equationPrescribed) {
+            MoveAcross(s, s.Entry(i, j), i, j);
+        } else if (prescribed && !s.Inactive(i)) {
+            MoveAcross(s, s.Entry(i, j), j, i);
+        }
     }
-}
-
-void ClearColumnUpwards(System& s, Index i) {
-    for (Index m = i - 1; m >= s.FirstRow(i); --m) {
-        if (!s.Inactive(m)) MoveAcross(s, s.Entry(m, i), i, m);
-    }
+    if (prescribed) s.Entry(j, j) = 1.0;
 }
 
 // Sum of a[k] b[k] in four interleaved partial sums, which the compiler keeps in vector registers.
@@ -184,12 +178,9 @@ int EliminateFixedDouble(std::span<double> store, std::span<float> rhs, std::spa
                          std::span<const std::int32_t> ptr) {
     System s;
     if (!MakeSystem(s, store, rhs, code, ptr)) return 0;
-    const Index highest = HighestColumn(s);
-    for (Index i = 0; i < s.n; ++i) {
-        if (code[static_cast<std::size_t>(i)] != equationPrescribed) continue;
-        ClearRowRightwards(s, i, highest);
-        ClearColumnUpwards(s, i);
-        s.Entry(i, i) = 1.0;
+    for (Index j = 0; j < s.n; ++j) {
+        if (!IsRunning()) return 0;
+        if (!s.Inactive(j)) CutColumn(s, j);
     }
     StoreResult(s, rhs);
     return 1;

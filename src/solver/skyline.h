@@ -27,7 +27,7 @@ namespace kaldra {
 [[nodiscard]] std::size_t SkylineLength();
 
 // Makes every prescribed equation solve to its value and moves its column to the free equations' right-hand side.
-// Gives 1, or 0 after message 1138.
+// Gives 1; 0 after message 1138, or without one when Stop was pressed.
 [[nodiscard]] int EliminateFixedDouble(std::span<double> store, std::span<float> rhs,
                                        std::span<const std::int32_t> code, std::span<const std::int32_t> ptr);
 

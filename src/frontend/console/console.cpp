@@ -28,7 +28,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr int redrawMilliseconds = 500;
 
-// Everything that both threads touch, under `lock`.
+// What both threads touch. The pipe stands by itself, as signal handlers write to it; all else is under `lock`.
 struct Console {
     std::mutex lock;
     bool quiet = false;
@@ -156,6 +156,7 @@ void ConnectConsole(bool quiet) {
     frontEnd.AppendStatus = AppendStatus;
     frontEnd.AppendStatusPlain = AppendStatus;
     frontEnd.IterationDone = NoteIteration;
+    frontEnd.StartRunAnimation = [] { PostEvent(ConsoleEvent::RunBegun); };  // follows "Solving..."
     frontEnd.RunFinished = RunFinished;
     frontEnd.SetHaltEnabled = SetHaltEnabled;
     frontEnd.IsHaltEnabled = IsHaltEnabled;

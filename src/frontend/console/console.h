@@ -17,7 +17,7 @@ struct ConsoleOutcome {
 // Fills in frontEnd. `quiet`: no status lines.
 void ConnectConsole(bool quiet);
 
-enum class ConsoleEvent : char { RunFinished = 'f', StopPressed = 's', HaltPressed = 'h' };
+enum class ConsoleEvent : char { RunBegun = 'b', RunFinished = 'f', StopPressed = 's', HaltPressed = 'h' };
 
 // Blocks until an event is there, and redraws the progress line meanwhile.
 [[nodiscard]] ConsoleEvent WaitForEvent();

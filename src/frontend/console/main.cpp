@@ -72,12 +72,12 @@ struct Options {
 
 // The path as the engine keeps it, or an empty one after a complaint.
 std::string AbsolutePath(const std::string& file) {
+    // Names are compared as texts, so the folder takes its one true spelling; a linked file keeps the name of the link.
     std::error_code error;
-    std::string path = std::filesystem::absolute(file, error).string();
-    if (error) {
-        Complain("cannot find the working folder: " + error.message());
-        return {};
-    }
+    const std::filesystem::path given = std::filesystem::absolute(file, error);
+    std::filesystem::path folder = std::filesystem::canonical(given.parent_path(), error);
+    if (error) folder = given.parent_path().lexically_normal();
+    const std::string path = (folder / given.filename()).string();
     if (path.size() > longestPath) {
         Complain(FormatText("the path has %d characters, %d is the most: %s", static_cast<std::int64_t>(path.size()),
                             static_cast<std::int64_t>(longestPath), path));
@@ -86,12 +86,26 @@ std::string AbsolutePath(const std::string& file) {
     return path;
 }
 
+// A run writes and deletes files beside its data file; a data file with one of their names would be lost.
+bool IsNameOfOutput(std::string_view name) {
+    const std::string_view extension = name.substr(name.rfind('.') + 1);
+    if (extension == "cnp" || extension == "lkp") return true;
+    const std::size_t letter = std::string_view("tgrjmvf").find(extension.empty() ? '\0' : extension.front());
+    if (letter == std::string_view::npos) return false;
+    const std::string_view rest = extension.substr(1);
+    return rest == "in" || rest.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 bool OpenAsCommanded(const std::string& path) {
     const std::string name = path.substr(FileNameOffset(path));
     std::int32_t dotPosition = 0;
     std::int32_t length = 0;
     if (!FindExtension(name, dotPosition, length)) return false;
     if (!FileExists(path)) return ShowError(1020) != 0;
+    if (IsNameOfOutput(name)) {
+        Complain("a run writes and deletes files of this name, so it cannot be a data file: " + path);
+        return false;
+    }
     return OpenDataFile(path) == 1;
 }
 
@@ -114,11 +128,19 @@ int PrepareStart(const Options& options) {
     return !path.empty() && ChooseInitialConditions(path) ? exitDone : exitFailed;
 }
 
+// A Stop that came while the start was still preparing is kept until the run shows itself.
 void WaitForEnd() {
+    bool begun = false;
+    bool stopKept = false;
     for (;;) {
         switch (WaitForEvent()) {
+            case ConsoleEvent::RunBegun:
+                begun = true;
+                if (stopKept) Stop();
+                break;
             case ConsoleEvent::StopPressed:
-                Stop();
+                stopKept = !begun;
+                if (begun) Stop();
                 break;
             case ConsoleEvent::HaltPressed:
                 if (frontEnd.IsHaltEnabled()) HaltIteration();
@@ -137,6 +159,7 @@ int Run(const Options& options) {
     const int refused = PrepareStart(options);
     if (refused != exitDone) return refused;
     if (!Start()) return exitFailed;
+    const int messagesOfStart = OutcomeOfRun().messages;
     runExists = true;
     WaitForEnd();
 
@@ -148,7 +171,7 @@ int Run(const Options& options) {
     }
     if (kind != steadyState && kind != transient) {
         Complain(FormatText("analysis type %d is neither 1 (steady state) nor 2 (transient)", kind));
-    } else if (stopSignal != 0) {
+    } else if (stopSignal != 0 && outcome.messages == messagesOfStart) {
         return exitSignal + stopSignal;
     }
     return exitFailed;
@@ -162,8 +185,9 @@ int main(int argc, char** argv) {
     app.add_option("FILE.kdr", options.file, "problem data file")->required();
     CLI::Option* const startStep =
         app.add_option("--start-step", options.startStep, "begin at step N of a transient problem")->option_text("N");
-    app.add_option("--initial", options.initialFile, "begin from the temperatures of a result file")
-        ->option_text("FILE");
+    CLI::Option* const initial =
+        app.add_option("--initial", options.initialFile, "begin from the temperatures of a result file")
+            ->option_text("FILE");
     app.add_flag("-q,--quiet", options.quiet, "no status lines");
     app.add_flag("--strict", options.strict, "exit 4 when an iteration did not converge or a message was shown");
     app.set_version_flag("--version", "kaldra-run " KALDRA_VERSION);
@@ -180,6 +204,10 @@ int main(int argc, char** argv) {
     }
     if (startStep->count() > 0 && options.startStep == 0) {
         Complain("the start step has to be 1 or more");
+        return exitUsage;
+    }
+    if (options.file.empty() || (initial->count() > 0 && options.initialFile.empty())) {
+        Complain("a file name is empty; see --help");
         return exitUsage;
     }
     ConnectConsole(options.quiet);
