@@ -1,11 +1,17 @@
 #include "convergence/graph_memory.h"
 
 #include "platform/memory.h"
+#include "run/messages.h"
 
 namespace kaldra {
 
 GraphMemory graphMemory;
 std::recursive_mutex hmtxGraphMem;
+
+bool GraphWindowIsOpen() {
+    const std::scoped_lock lock(hmtxGraphMem);
+    return graphMemory.GraphWindow != 0;
+}
 
 int CreateGraphTables() {
     FreeGraphTables();
@@ -25,7 +31,9 @@ int StoreGraphPoint(std::int32_t iteration, double norm, bool& redrawDue) {
     const auto count = static_cast<std::size_t>(iteration);
     {
         const std::scoped_lock lock(hmtxGraphMem);
-        if (TryResizeTable(g.GraphIterations, count) && TryResizeTable(g.GraphNorms, count)) {
+        if (TryReserveTable(g.GraphIterations, count) && TryReserveTable(g.GraphNorms, count)) {
+            g.GraphIterations.resize(count);
+            g.GraphNorms.resize(count);
             g.GraphIterations.back() = iteration;
             g.GraphNorms.back() = norm;
             g.GraphPointCount = iteration;
@@ -58,6 +66,10 @@ void SetGraphDefaults() {
     g.GraphUpdateInterval = 1;
     g.GraphStep = 0;
     g.GraphStepCount = 0;
+    g.GraphDisplayFlags = graphSymbols | graphColour | graphThickLines;
+    g.GraphFontStyle = 0;
+    g.GraphFontSize = 125.0F;
+    g.GraphFontName = StringText(1213);
 }
 
 void SetGraphStep(std::int32_t step) {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <mutex>
+#include <string>
 #include <vector>
 
 namespace kaldra {
@@ -14,6 +15,15 @@ namespace kaldra {
 // Ids of the two radio buttons that choose when a live curve is drawn.
 inline constexpr std::int32_t graphAutomatically = 150;
 inline constexpr std::int32_t graphManually = 187;
+
+// Bits of GraphDisplayFlags and of GraphFontStyle.
+inline constexpr std::int32_t graphSymbols = 1;
+inline constexpr std::int32_t graphColour = 2;
+inline constexpr std::int32_t graphThickLines = 8;
+inline constexpr std::int32_t graphBold = 1;
+inline constexpr std::int32_t graphItalic = 2;
+
+inline constexpr std::size_t longestFontName = 32;
 
 struct GraphMemory {
     std::vector<double> GraphIterations;  // x: entry i holds iteration i + 1
@@ -30,10 +40,18 @@ struct GraphMemory {
     std::vector<std::int32_t> GraphStepList;        // steps found in the .cnp file, in file order
     std::vector<std::int32_t> GraphStepIterations;  // how many iterations it has for each
     std::int32_t GraphStepCount = 0;                // valid entries of both
+
+    std::int32_t GraphDisplayFlags = graphSymbols | graphColour | graphThickLines;
+    std::int32_t GraphFontStyle = 0;
+    float GraphFontSize = 125.0F;  // per cent of the system's base text height
+    std::string GraphFontName;     // font of all chart text; string 1213 from the first open file on
 };
 
 extern GraphMemory graphMemory;
 extern std::recursive_mutex hmtxGraphMem;
+
+// True while a graph window is open.
+[[nodiscard]] bool GraphWindowIsOpen();
 
 // Creates the curve and the lists with one zero entry each. Gives 1, or 0 after message 1138.
 [[nodiscard]] int CreateGraphTables();

@@ -1,11 +1,12 @@
 #include "frontend/commands.h"
 
+#include "convergence/convergence_history.h"
 #include "convergence/graph_memory.h"
+#include "frontend/start_dialogs.h"
 #include "model/data_file.h"
 #include "model/file_names.h"
 #include "model/problem_model.h"
 #include "platform/files.h"
-#include "restart/initial_conditions.h"
 #include "restart/start_step.h"
 #include "run/analysis.h"
 #include "run/front_end.h"
@@ -40,7 +41,7 @@ void NewDocument() {
         EndRun();
         return 0;
     }
-    runState.convergenceFileExists = FileExists(ReplaceExtension(model.dataFileName, StringText(1072))) ? 1 : 0;
+    runState.convergenceFileExists = FileExists(ConvergenceFileBesideData()) ? 1 : 0;
     runState.lockFilePath = ReplaceExtension(model.dataFileName, StringText(1089));
     frontEnd.UpdateButtonState();
     SetGraphDefaults();
@@ -49,6 +50,10 @@ void NewDocument() {
 }
 
 int OpenDataFile(const std::string& path) {
+    if (path.size() > longestPath) {
+        NewDocument();
+        return ShowError(1074);
+    }
     runState.pendingFileName = path;
     model.dataFileName = path;
     runState.fileOpen = 1;
@@ -61,27 +66,33 @@ int OpenDataFile(const std::string& path) {
     return PrepareDocument();
 }
 
+int OpenChosenFile(const std::string& path) {
+    NewDocument();
+    return OpenDataFile(path);
+}
+
+std::string StripQuotes(std::string name) {
+    if (name.ends_with('"')) name.pop_back();
+    if (name.starts_with('"')) name.erase(0, 1);
+    return name;
+}
+
+int OpenNamedFile(const std::string& name) {
+    runState.pendingFileName = FileExists(name) ? name : StripQuotes(name);
+    if (FileExists(runState.pendingFileName)) return OpenDataFile(std::string(runState.pendingFileName));
+    runState.pendingFileName.clear();
+    return 0;
+}
+
 void ChooseStartTime(std::int32_t step) {
     if (step == runState.startStep || SetStartStep(step)) return;
     ShowComposedMessage(4005, 0, 0, 0, 0, boxExclamation);
 }
 
-// The file beside `file` with the first letter of its extension changed to r; empty where there is none.
-static std::string ConductivitiesBeside(const std::string& file) {
-    const std::size_t dot = file.rfind('.');
-    std::string beside = file;
-    beside[dot + 1] = 'r';
-    return FileExists(beside) ? beside : std::string();
-}
-
 int ChooseInitialConditions(const std::string& file) {
-    if (!FileExists(file)) return ShowError(1075);
-    if (!ValidateInitialFile(file, 't')) return 0;
-    const bool ownResult = HasSameStem(file, model.dataFileName);
-    runState.initialTemperatureFile = file;
-    runState.initialConductivityFile = ownResult ? ConductivitiesBeside(file) : std::string();
-    RefreshInitialConditionMode();
-    frontEnd.UpdatePanelLabels();
+    InitialFiles files;
+    if (!PickInitialFile(files, file)) return 0;
+    AcceptInitialFiles(files);
     return 1;
 }
 
@@ -104,7 +115,7 @@ void HaltIteration() {
 
 EnabledCommands CommandsNow() {
     const bool open = runState.fileOpen != 0;
-    const bool idle = runState.running == 0;
+    const bool idle = !RunUnderWay();
     const bool restartable = open && idle && model.analysisType != steadyState;
     EnabledCommands enabled{};
     enabled.newDocument = idle && open;
@@ -115,7 +126,7 @@ EnabledCommands CommandsNow() {
     enabled.start = open && idle;
     enabled.stop = open && !idle;
     enabled.haltIteration = open && !idle && runState.haltRequested == 0;
-    enabled.graph = open && (!idle || runState.convergenceFileExists != 0);
+    enabled.graph = open && !GraphWindowIsOpen() && (!idle || runState.convergenceFileExists != 0);
     return enabled;
 }
 

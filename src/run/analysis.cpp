@@ -24,6 +24,8 @@ static std::thread calcThread;
 
 bool CalcThreadLives() { return calcThread.joinable(); }
 
+bool RunUnderWay() { return runState.running != 0 || CalcThreadLives(); }
+
 void ChooseStartStep() {
     const bool steady = model.analysisType == steadyState;
     runState.startStep = steady ? 0 : 1;

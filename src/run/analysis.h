@@ -28,6 +28,10 @@ void EndRun();
 // True from a successful StartAnalysis until the thread has been waited for.
 [[nodiscard]] bool CalcThreadLives();
 
+// True while a run owns the model: from `running` on until its thread has been waited for, so also after Stop. The
+// front end then leaves the tables alone.
+[[nodiscard]] bool RunUnderWay();
+
 // Sizes the tables per element, point and node for the model that was read. Gives 1, or 0 after message 1138.
 [[nodiscard]] int MakePointTables();
 

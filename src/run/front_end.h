@@ -29,7 +29,7 @@ struct FrontEnd {
     // The run.
     void (*RunFinished)(int result) = [](int) {};  // [T] posted; answered by HandleCalcThreadMsg(100, result)
     void (*IterationDone)() = [] {};               // [T] an iteration was measured and recorded
-    void (*GraphDataReady)() = [] {};              // [T] answered by HandleCalcThreadMsg(101, 0)
+    void (*GraphDataReady)() = [] {};              // [T] answered by DrawGraphData
     void (*ResultsChanged)() = [] {};              // tells other programs that the result files have changed
 
     // Buttons, menu, labels and icon.
@@ -41,8 +41,13 @@ struct FrontEnd {
     void (*ShowRunIcon)(bool running) = [](bool) {};
     void (*StartRunAnimation)() = [] {};  // [T]
     void (*StopRunAnimation)() = [] {};
-    void (*CloseGraphWindow)() = [] {};
     void (*RepaintMainWindow)() = [] {};  // and gives the control panel the focus
+
+    // The graph window. Its handle is passed on to the chart service.
+    void* (*OpenGraphWindow)() = []() -> void* { return nullptr; };  // creates and shows it, still without a chart
+    void (*CloseGraphWindow)() = [] {};                   // destroys it, if there is one, and calls GraphWindowGone
+    void (*RepaintGraph)() = [] {};                       // paints the new drawing before it returns
+    void (*SetGraphEnabled)(bool enabled) = [](bool) {};  // the button Graph alone
 
     // Messages.
     void (*ShowMessage)(const MessageBox& box) = [](const MessageBox&) {};  // [T]

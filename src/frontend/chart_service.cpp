@@ -1,0 +1,7 @@
+#include "frontend/chart_service.h"
+
+namespace kaldra {
+
+ChartService chartService;
+
+}  // namespace kaldra
