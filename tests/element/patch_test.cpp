@@ -1,0 +1,140 @@
+// Whole problems whose solution is known: linear fields in every element family, and the logarithm about an axis.
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "support/kaldra_test.h"
+
+namespace kaldra {
+namespace {
+
+using Patch = KaldraTest;
+using SlotUse = std::array<std::int32_t, slotCount>;
+
+std::string SlotText(const SlotUse& slots) {
+    std::string text;
+    for (const std::int32_t slot : slots) text += std::to_string(slot) + ' ';
+    return text;
+}
+
+double Field(double x, double y) { return 7 - 3 * x + 2 * y; }
+
+struct Family {
+    const char* cells;  // of the four cells: Q one quadrilateral, T two triangles
+    const char* sides;  // which edges carry a side node: none, all, some
+    int quadPoints, trianglePoints;
+};
+
+// Three by three corners with the middle one off centre, side nodes off the middle of the inner edges.
+struct PatchMesh : Problem {
+    explicit PatchMesh(const Family& f) : family(f) {
+        for (int i = 0; i < 9; ++i) AddNode(i == 4 ? 1.5 : 2.0 * (i % 3), i == 4 ? 1.25 : i / 3 * 2.0);
+        for (int cell = 0; cell < 4; ++cell) {
+            const int a = 1 + cell % 2 + 3 * (cell / 2);  // lower left corner of the cell
+            if (family.cells[cell] == 'Q') {
+                AddElement({a + 4, a + 3, a, a + 1});
+            } else {
+                AddElement({a, a + 1, a + 4});
+                AddElement({a, a + 4, a + 3});
+            }
+        }
+    }
+    std::int32_t AddNode(double x, double y) {
+        places.push_back({x, y});
+        const bool outer = std::min(x, y) == 0 || std::max(x, y) == 4;
+        return outer ? FixedNode(x, y, Field(x, y)) : Node(x, y);
+    }
+    std::int32_t SideNode(std::int32_t a, std::int32_t b) {
+        const auto edge = std::minmax({a, b});
+        const std::string_view sides = family.sides;
+        if (sides == "none" || (sides == "some" && (a + b) % 4 >= 2)) return 0;
+        if (const auto known = sideNodes.find(edge); known != sideNodes.end()) return known->second;
+        const auto [xa, ya] = places[IndexOf(a)];
+        const auto [xb, yb] = places[IndexOf(b)];
+        const bool outer = (xa == xb && (xa == 0 || xa == 4)) || (ya == yb && (ya == 0 || ya == 4));
+        const double bent = outer ? 0 : 0.1;
+        return sideNodes[edge] = AddNode((xa + xb) / 2 + bent, (ya + yb) / 2 - bent / 2);
+    }
+    void AddElement(const std::vector<std::int32_t>& corners) {
+        SlotUse slots{};
+        const std::size_t n = corners.size();
+        for (std::size_t i = 0; i < n; ++i) {
+            slots[i] = corners[i];
+            slots[4 + i] = SideNode(corners[i], corners[(i + 1) % n]);
+        }
+        Element(SlotText(slots), n == 4 ? family.quadPoints : family.trianglePoints, "2.5");
+    }
+
+    Family family;
+    std::vector<std::array<double, 2>> places;
+    std::map<std::pair<std::int32_t, std::int32_t>, std::int32_t> sideNodes;
+};
+
+// The flows add up to nothing, and weighted by x to conductivity times thickness times dT/dx times the area; by y
+// alike.
+TEST_F(Patch, LinearFieldsAreExactInEveryFamily) {
+    for (const Family& family : {Family{"TTTT", "none", 4, 1},
+                                 {"TTTT", "none", 4, 3},
+                                 {"TTTT", "all", 4, 3},
+                                 {"TTTT", "some", 4, 3},
+                                 {"QQQQ", "none", 4, 3},
+                                 {"QQQQ", "none", 9, 3},
+                                 {"QQQQ", "all", 4, 3},
+                                 {"QQQQ", "all", 9, 3},
+                                 {"QQQQ", "some", 9, 3},
+                                 {"QTTQ", "none", 4, 3},
+                                 {"TQQT", "all", 9, 3},
+                                 {"QTQT", "some", 9, 3}}) {
+        SCOPED_TRACE(std::string(family.cells) + " with side nodes: " + family.sides);
+        const Outcome run = Run(PatchMesh(family));
+        ASSERT_EQ(run.result, 1);
+        double sum = 0, byX = 0, byY = 0;
+        for (std::size_t n = 0; n < run.model.nodes.size(); ++n) {
+            const double x = static_cast<double>(run.model.nodes[n].x), y = static_cast<double>(run.model.nodes[n].y);
+            const double flow = static_cast<double>(run.model.SolutionVector[n]);
+            EXPECT_NEAR(run.model.nodeStates[n].temperature, Field(x, y), 5e-6) << "node " << n + 1;
+            sum += flow;
+            byX += x * flow;
+            byY += y * flow;
+        }
+        EXPECT_NEAR(sum, 0, 1e-4);
+        EXPECT_NEAR(byX, 2 * 2.5 * -3 * 16, 1e-3);
+        EXPECT_NEAR(byY, 2 * 2.5 * 2 * 16, 1e-3);
+    }
+}
+
+// A ring from radius 1 to 3 at 0 and 10 degrees: T = 10 ln r / ln 3, and 2 * 10 / ln 3 flows per radian and unit
+// height.
+TEST_F(Patch, RadialConductionFollowsTheLogarithm) {
+    const auto worstError = [&](int n) {  // n elements of eight nodes in a row
+        Problem ring;
+        ring.analysis = "1 2 0 1 0";
+        for (int i = 0; i <= 2 * n; ++i) {
+            for (const double y : {0.0, 0.25, 0.5}) {
+                const double r = 1 + static_cast<double>(i) / n;
+                if (y == 0.25 && i % 2 == 1) continue;
+                i == 0 || i == 2 * n ? ring.FixedNode(r, y, i == 0 ? 0 : 10) : ring.Node(r, y);
+            }
+        }
+        for (int a = 0; a < 5 * n; a += 5) {
+            ring.Element(SlotText({a + 8, a + 3, a + 1, a + 6, a + 5, a + 2, a + 4, a + 7}), 9, "2");
+        }
+        const Outcome run = Run(ring);
+        EXPECT_EQ(run.result, 1);
+        double worst = 0;
+        for (std::size_t i = 0; i < run.model.nodes.size(); ++i) {
+            const double exact = 10 * std::log(static_cast<double>(run.model.nodes[i].x)) / std::log(3.0);
+            worst = std::max(worst, std::abs(static_cast<double>(run.model.nodeStates[i].temperature) - exact));
+        }
+        const std::vector<float>& flow = run.model.SolutionVector;
+        EXPECT_NEAR(flow[0] + flow[1] + flow[2], -2 * 2 * 0.5 * 10 / std::log(3.0), 5.0 / n / n / n);
+        return worst;
+    };
+    const double coarse = worstError(2), fine = worstError(4);
+    EXPECT_LT(coarse, 0.1);
+    EXPECT_LT(fine, coarse / 6);  // at least third order
+}
+
+}  // namespace
+}  // namespace kaldra

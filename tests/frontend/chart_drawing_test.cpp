@@ -1,0 +1,99 @@
+#include "frontend/chart_drawing.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+#include "convergence/graph_memory.h"
+#include "frontend/graph.h"
+
+namespace kaldra {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(ChartDrawing, IsShownWholeAtItsEnd) {
+    ConnectChartRecorder();
+    graphMemory = {};
+    SetGraphDefaults();
+    graphMemory.GraphNorms = graphMemory.GraphIterations = {1, 2};
+    graphMemory.GraphPointCount = graphMemory.GraphLastIteration = 2;
+    graphMemory.GraphFontStyle = graphItalic;
+    EXPECT_FALSE(ShownDrawing().drawn);
+    RedrawGraph();
+    const ChartDrawing& shown = ShownDrawing();
+    EXPECT_TRUE(shown.drawn && shown.joinsPoints && shown.marksPoints && shown.thickLine && shown.coloured);
+    EXPECT_EQ(shown.fontName, "Arial");
+    EXPECT_EQ(shown.texts[chartMainTitle].sizePercent, 125);
+    EXPECT_EQ(shown.texts[chartLegend].sizePercent, 93);
+    EXPECT_TRUE(shown.texts[chartAxisTitles].italic && !shown.texts[chartAxisTitles].bold);
+    EXPECT_THAT(XAxisOf(shown, 10).ticks, ElementsAre(0, 1, 2, 3));
+    EXPECT_EQ(CurveText(shown), "Iteration #\tVector Norm\n1\t1.0000E+000\n2\t2.0000E+000\n");
+
+    chartService.ChartClear(1);
+    chartService.ChartBegin();
+    EXPECT_TRUE(ShownDrawing().drawn);  // until the next one ends
+    chartService.ChartDestroy(0);
+    EXPECT_FALSE(ShownDrawing().drawn);
+    chartService = {};
+    graphMemory = {};
+}
+
+TEST(ChartAxis, StepsAreOneTwoOrFive) {
+    struct Case {
+        double range;
+        std::int32_t intervals;
+        double step;
+    };
+    for (const Case& c : {Case{10, 10, 1}, Case{10, 9, 2}, Case{10, 4, 5}, Case{10, 1, 10}, Case{0.3, 3, 0.1},
+                          Case{7e5, 7, 1e5}, Case{0, 5, 1}}) {
+        EXPECT_NEAR(ReadableStep(c.range, c.intervals), c.step, 1e-9 * c.step) << c.range << " in " << c.intervals;
+    }
+}
+
+TEST(ChartAxis, LabelsTellNeighboursApart) {
+    struct Case {
+        double low, high;
+        std::int32_t intervals;
+        double smallest;
+        std::vector<std::string> labels;
+    };
+    for (const Case& c : {
+             Case{1, 7, 4, 1, {"0", "2", "4", "6", "8"}},
+             Case{5, 5, 9, 1, {"4", "5", "6"}},
+             Case{1234.5, 1234.9, 3, 0, {"1234.4", "1234.6", "1234.8", "1235.0"}},
+             Case{-1, 1, 2, 0, {"-1", "0", "1"}},
+             Case{2.5e7, 3.5e7, 2, 0, {"2.5E+007", "3.0E+007", "3.5E+007"}},
+             Case{2, 1, 5, 0, {"0", "1"}},
+             Case{std::nan(""), 1, 5, 0, {"0", "1"}},
+         }) {
+        EXPECT_EQ(ReadableAxis(c.low, c.high, c.intervals, c.smallest).labels, c.labels) << c.low;
+    }
+}
+
+// Whatever the data, the axis contains it, with distinct labels and no more ticks than fit.
+TEST(ChartAxis, ContainsItsData) {
+    for (double low = -3e6; low < 3e6; low = low * 0.37 + 41.3) {
+        for (double range = 1e-9; range < 1e8; range *= 7.3) {
+            const ChartAxis axis = ReadableAxis(low, low + range, 6);
+            EXPECT_LE(axis.low, low + 1e-6 * range);
+            EXPECT_GE(axis.high, low + range - 1e-6 * range);
+            EXPECT_LE(axis.ticks.size(), 8U);
+            EXPECT_EQ(std::ranges::adjacent_find(axis.labels), axis.labels.end());
+        }
+        if (std::abs(low * 0.37 + 41.3 - low) < 1) break;
+    }
+}
+
+TEST(ChartAxis, PlacesValuesBetweenItsEdges) {
+    const ChartAxis axis = ReadableAxis(0, 10, 5);
+    EXPECT_DOUBLE_EQ(PlaceOnAxis(axis, 0, 300, 100), 300);  // y grows upwards
+    EXPECT_DOUBLE_EQ(PlaceOnAxis(axis, 2.5, 300, 100), 250);
+    EXPECT_DOUBLE_EQ(PlaceOnAxis(axis, 10, 20, 420), 420);
+    EXPECT_EQ(TickIntervalsFor(400, 25), 10);
+    EXPECT_EQ(TickIntervalsFor(100, 50), 1);
+    EXPECT_EQ(TickIntervalsFor(0, 0), 1);
+}
+
+}  // namespace
+}  // namespace kaldra

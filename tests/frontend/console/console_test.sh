@@ -1,0 +1,190 @@
+#!/usr/bin/env bash
+# Runs kaldra-run as a user does and looks at exit status, output and files.
+#
+#     console_test.sh PROGRAM CASE
+set -u
+program=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work" || exit 1
+
+failures=0
+fail() { echo "FAILED: $*"; failures=$((failures + 1)); }
+
+# A column of two squares with MAXITERATIONS TOLERANCE, -1 degree at its bottom and 9 at its top.
+problem() {
+    printf '%s\n' FILEINFO "KALDRA 4.0" TITLE one two three four ANALYSIS "${kind:-1} 1 0 1 0" CONVERGE "$1 $2 0" \
+        "TIME 0" "MATERIAL 1" "1 1 0 1 1 0" "KFUNCTION 1" "1 4 ${smoothing:-0} 0" conductivity "0 2" "1 2" "2 2" "3 2" \
+        "SFUNCTION 0" "MFUNCTION 0" "BFUNCTION 0" "NODE 6" "1 0 0 -1 1 0 0 0 0" "2 1 0 -1 1 0 0 0 0" \
+        "3 0 1 0 0 0 0 0 0" "4 1 1 0 0 0 0 0 0" "5 0 2 9 1 0 0 0 0" "6 1 2 9 1 0 0 0 0" \
+        "ELEMENT 2" "1 4 3 1 2 0 0 0 0 1 4 1" "2 6 5 3 4 0 0 0 0 1 4 1" "POLE 0" "FLUX 0" "qBOUNDARY 0"
+}
+
+# run STATUS [ARGUMENT]... leaves the output in the files out and err.
+run() {
+    local wanted=$1 status=0
+    shift
+    "$program" "$@" >out 2>err </dev/null || status=$?
+    [ "$status" = "$wanted" ] || fail "$*: exit $status instead of $wanted; $(cat err)"
+}
+is() { [ "$(cat "$1")" = "$2" ] || fail "$1 is: $(cat -A "$1")"; }
+has() { grep -qF -- "$2" "$1" || fail "$1 lacks '$2': $(cat "$1")"; }
+there() { [ -e "$1" ] || fail "no $1"; }
+gone() { [ ! -e "$1" ] || fail "$1 is there"; }
+
+readonly good=$'Solving...\n    0\t1\t1.500000E+001\n    0\t2\t1.500000E+001\t0.0000E+000\nDone.'
+
+finishes() {
+    problem 9 0.01 >a.kdr
+    run 0 a.kdr
+    is out "$good"
+    is err ""
+    there a.cnp
+    there a.t00
+    gone a.lkp
+    run 0 --quiet "$PWD/a.kdr"
+    is out ""
+}
+
+fails() {
+    run 1 none.kdr
+    is err "error 1020: Cannot open Data file."
+    is out ""
+    mkdir folder.kdr plain.d
+    run 1 folder.kdr
+    is err "error 1020: Cannot open Data file."
+    problem 9 0.01 >plain.d/plain
+    run 1 plain.d/plain
+    is err "error 1074: Invalid Data File Name."
+    [ "$(ls plain.d)" = plain ] || fail "files beside plain"
+    problem 9 0.01 | sed 's/^2 6 5.*/2 6 5 3/' >bad.kdr
+    run 1 bad.kdr
+    is err 'error 1150: Cannot read Data file, check line:\n2 6 5 3'
+    problem 9 0.01 | sed 's/^2 6 5 3 4/2 4 3 5 6/' >area.kdr
+    run 1 area.kdr
+    is err 'error 1194: Area of finite element #2 is zero or negative.\nVerify data in KALDRA DEFINE.'
+    is out $'Solving...\nDone.'
+    gone area.lkp
+    kind=7 problem 9 0.01 >kind.kdr
+    run 1 kind.kdr
+    is err "kaldra-run: analysis type 7 is neither 1 (steady state) nor 2 (transient)"
+}
+
+refuses_usage() {
+    problem 9 0.01 >a.kdr
+    for arguments in "" "--nonsense a.kdr" "a.kdr b.kdr"; do
+        run 2 $arguments
+        is out ""
+        has err "kaldra-run: "
+    done
+    gone a.cnp
+}
+
+knows_its_options() {
+    run 0 --help
+    for option in FILE.kdr --quiet --strict --version; do has out "$option"; done
+    run 0 --version
+    has out "kaldra-run "
+    is err ""
+}
+
+takes_any_path() {
+    local name
+    for name in 'with blank.kdr' 'é.x/ü.y.kdr' 'a*b?[c].kdr' '-dash.kdr' 'back\slash.kdr'; do
+        mkdir -p -- "$(dirname -- "$name")"
+        problem 9 0.01 >"./$name"
+        run 0 -- "$name"
+        there "./${name%.kdr}.t00"
+        there "./${name%.kdr}.cnp"
+        gone "./${name%.kdr}.lkp"
+    done
+    : >axbyc.cnp # would fit the pattern
+    there 'a*b?[c].cnp'
+}
+
+refuses_a_long_path() {
+    local folder name
+    folder=$PWD/$(printf 'd%.0s' {1..150})
+    mkdir "$folder"
+    name=$(printf 'n%.0s' $(seq $((260 - ${#folder} - 5))))
+    problem 9 0.01 | tee "$folder/$name.kdr" >"$folder/${name}x.kdr"
+    run 0 "$folder/$name.kdr" # 260 characters
+    run 1 "$folder/${name}x.kdr"
+    has err "kaldra-run: the path has 261 characters, 260 is the most"
+    gone "$folder/${name}x.cnp"
+    gone "$folder/$name.cnx"
+}
+
+warns_and_is_strict() {
+    problem 1 0.01 >a.kdr
+    run 0 a.kdr
+    is err "warning: the iteration ended at maxIterations (1) without converging"
+    there a.t00
+    run 4 --strict a.kdr
+    problem 9 0.01 >b.kdr
+    run 0 --strict b.kdr
+    smoothing=-1 problem 9 0.01 >c.kdr
+    run 0 c.kdr # a smoothing that failed is a message, and no failure
+    has err "error 1117: "
+    run 4 --strict c.kdr
+}
+
+# starts PROBLEM-ARGUMENTS: an endless run in the background, past its first iteration; its id is in $pid.
+starts() {
+    problem 1000000 0 >a.kdr
+    "$program" a.kdr >out 2>err </dev/null &
+    pid=$!
+    until grep -q $'^    0\t2\t' out; do sleep 0.02; done
+    there a.lkp
+}
+
+stops_by_signal() {
+    local signal status
+    for signal in INT:130 TERM:143; do
+        starts
+        kill "-${signal%:*}" "$pid"
+        status=0
+        wait "$pid" || status=$?
+        [ "$status" = "${signal#*:}" ] || fail "exit $status after $signal"
+        [ "$(tail -n 1 out)" = "Done." ] || fail "no Done. after $signal"
+        has out "Stopping..."
+        is err ""
+        gone a.lkp
+        gone a.t00
+    done
+}
+
+# Nobody reads what it writes, so it cannot get to its end after the first signal.
+ends_by_the_second_signal() {
+    local status=0 before=-1
+    problem 1000000 0 >a.kdr
+    mkfifo pipe
+    exec 3<>pipe
+    "$program" a.kdr >pipe 2>err </dev/null &
+    pid=$!
+    until [ -s a.cnp ] && [ "$(stat -c %s a.cnp)" = "$before" ]; do
+        before=$(stat -c %s a.cnp 2>/dev/null)
+        sleep 0.5
+    done
+    kill -TERM "$pid"
+    sleep 0.5
+    kill -0 "$pid" || fail "the first signal ended it"
+    kill -TERM "$pid"
+    wait "$pid" || status=$?
+    exec 3>&-
+    [ "$status" = 143 ] || fail "exit $status"
+}
+
+halts_by_signal() {
+    local status=0
+    starts
+    kill -USR1 "$pid"
+    wait "$pid" || status=$?
+    [ "$status" = 0 ] || fail "exit $status"
+    has out "Halting iteration and writing files to complete time step..."
+    there a.t00
+    gone a.lkp
+}
+
+"$2"
+exit $((failures > 0))

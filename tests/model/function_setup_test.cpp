@@ -1,0 +1,49 @@
+#include "model/function_setup.h"
+
+#include "support/kaldra_test.h"
+
+namespace kaldra {
+namespace {
+
+using FunctionSetup = KaldraTest;
+
+TEST_F(FunctionSetup, PointsWithoutASlopeShowTheFunctionsTable) {
+    for (const auto& [table, message] : {std::pair{&Problem::K, 1118}, {&Problem::S, 1174}, {&Problem::M, 1131}}) {
+        Problem problem = Column();
+        problem.*table = {FunctionRows(1, {"1 0", "0 0"})};
+        EXPECT_FALSE(Prepare(problem));
+        EXPECT_THAT(TakeMessages(), ElementsAre(1173, message));
+    }
+    Problem boundary = Column();
+    boundary.B = {"1 1 0 0 0 0\none point\n1 0"};
+    EXPECT_FALSE(Prepare(boundary));
+    EXPECT_THAT(TakeMessages(), ElementsAre(1173, 1008));
+}
+
+// The slopes alone come from the smoothed curve; a smoothing that fails leaves the plain fit.
+TEST_F(FunctionSetup, SmoothingKeepsThePointsOfTheFile) {
+    const auto fitted = [&](const char* fit) {
+        Problem problem = Column();
+        problem.K = {FunctionRows(1, {"0 0", "1 1", "2 0", "3 1"}, fit)};
+        EXPECT_TRUE(Prepare(problem));
+        return model.kFunctions[0].points;
+    };
+    const std::vector<FunctionPoint> plain = fitted("0 0"), smoothed = fitted("1E-5 0"), failed = fitted("-1 0");
+    EXPECT_THAT(TakeMessages(), ElementsAre(1117));
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        EXPECT_TRUE(smoothed[i].x == plain[i].x && smoothed[i].y == plain[i].y && failed[i].slope == plain[i].slope);
+        EXPECT_LT(std::abs(smoothed[i].slope), std::abs(plain[i].slope));
+    }
+}
+
+TEST_F(FunctionSetup, NodesOutsideActiveElementsHaveNoEquation) {
+    Problem problem = Column();
+    problem.materials = {"1 1 0 1 1 0", "2 0 0 1 1 0"};
+    problem.FixedNode(6, 5, 3);
+    problem.Element("5 6 8 0 0 0 0 0", 1, "1", 2);  // a NULL element
+    ASSERT_TRUE(Prepare(problem));
+    EXPECT_THAT(model.EquationCode, ElementsAre(1, 1, 0, 0, 1, 1, 9, 9));
+}
+
+}  // namespace
+}  // namespace kaldra

@@ -1,0 +1,69 @@
+#include "results/text_writer.h"
+
+#include "platform/faults.h"
+#include "support/kaldra_test.h"
+
+namespace kaldra {
+namespace {
+
+using TextWriter = KaldraTest;
+
+TEST_F(TextWriter, GathersLinesWithoutChangingThem) {
+    std::string expected;
+    File file;
+    ASSERT_TRUE(file.Create(Path("out")));
+    for (const std::size_t length : {0, 1, 493, 500, 994, 995, 0, 996, 997, 2500, 3, 995, 1}) {
+        const std::string line(length, static_cast<char>('a' + length % 26));
+        EXPECT_EQ(WriteBuffered(file, line), 1);
+        expected += line + "\r\n";
+    }
+    EXPECT_EQ(WriteBuffered(file, "clearbuf"), 1);  // the words of a file are no marker
+    EXPECT_EQ(WriteBuffered(file, clearbuf) + WriteBuffered(file, clearbuf), 2);
+    ASSERT_TRUE(file.Close());
+    EXPECT_EQ(ReadFile("out"), expected + "clearbuf\r\n");
+}
+
+// Nine lines of 102 bytes are 918, so that 78 characters more make 996.
+TEST_F(TextWriter, TouchesTheFileOncePerBlock) {
+    File file;
+    ASSERT_TRUE(file.Create(Path("out")));
+    const auto writes = [&](std::size_t length, int hundreds) {
+        EXPECT_EQ(WriteBuffered(file, clearbuf), 1);
+        ArmFault(FaultSeam::FileCall, 0);
+        for (int i = 0; i < hundreds; ++i) EXPECT_EQ(WriteBuffered(file, std::string(100, 'x')), 1);
+        EXPECT_EQ(WriteBuffered(file, std::string(length, 'x')), 1);
+        return FaultCalls(FaultSeam::FileCall);
+    };
+    EXPECT_EQ(writes(77, 9), 0);
+    EXPECT_EQ(writes(78, 9), 1);
+    EXPECT_EQ(writes(995, 0), 0);
+    EXPECT_EQ(writes(996, 0), 2);  // straight to the file: the text, then its line end
+    EXPECT_EQ(WriteBuffered(file, clearbuf), 1);
+    EXPECT_EQ(FaultCalls(FaultSeam::FileCall), 2);
+}
+
+TEST_F(TextWriter, LosesTheBlockWhenTheDiskIsFull) {
+    File full;
+    ASSERT_TRUE(full.Create("/dev/full"));
+    EXPECT_EQ(WriteBuffered(full, std::string(900, 'x')), 1);
+    EXPECT_EQ(WriteBuffered(full, std::string(96, 'x')), -1);
+    EXPECT_EQ(WriteBuffered(full, clearbuf), 1);  // nothing is gathered any more
+    EXPECT_EQ(WriteBuffered(full, std::string(996, 'x')), -1);
+    EXPECT_EQ(WriteBuffered(full, "x"), 1);
+    EXPECT_EQ(WriteBuffered(full, clearbuf), -1);
+    EXPECT_EQ(recorder.boxes.front().caption, "Error 28");
+    ArmFault(FaultSeam::Allocation, 1);
+    EXPECT_EQ(WriteBuffered(full, "x"), -1);
+    EXPECT_THAT(TakeMessages(), ElementsAre(1192, 1192, 1192, 1138));
+
+    EXPECT_EQ(WriteLinesAndClose(full, 1035, [](File& out) { return WriteLines(out, Rows{"x"}); }), 0);
+    EXPECT_THAT(TakeMessages(), ElementsAre(1192, 1193));  // at the end of the stream
+    ASSERT_TRUE(full.Create("/dev/full"));
+    ArmFault(FaultSeam::FileCall, 2, false);
+    EXPECT_EQ(WriteLinesAndClose(full, 1035, [](File& out) { return WriteLines(out, Rows{std::string(996, 'x')}); }),
+              0);
+    EXPECT_THAT(TakeMessages(), ElementsAre(1192, 1193, 1035));  // in a line, and the close as well
+}
+
+}  // namespace
+}  // namespace kaldra

@@ -1,0 +1,152 @@
+#include "support/kaldra_test.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <utility>
+
+#include "convergence/convergence_file.h"
+#include "convergence/convergence_monitor.h"
+#include "convergence/graph_memory.h"
+#include "frontend/commands.h"
+#include "model/data_file.h"
+#include "model/function_setup.h"
+#include "model/line_reader.h"
+#include "platform/faults.h"
+#include "platform/memory.h"
+#include "results/text_writer.h"
+#include "run/analysis.h"
+#include "run/run_state.h"
+
+namespace kaldra {
+
+static Recorder record;
+
+template <class State>
+static void Renew(State& state) {  // what holds atomics or locks cannot be assigned
+    std::destroy_at(&state);
+    std::construct_at(&state);
+}
+
+static void ResetProcess() {
+    frontEnd = FrontEnd();
+    ArmFault(FaultSeam::FileCall, 0);
+    ArmFault(FaultSeam::Allocation, 0);
+    File none;
+    ReadLine(none, clearbuf);
+    (void)WriteBuffered(none, clearbuf);
+    (void)TakeLastSystemError();
+    ConvergencePath.clear();
+    convergence = ConvergenceMeasure();
+    graphMemory = GraphMemory();
+    model = ProblemModel();
+    Renew(runState);
+    Renew(record);
+}
+
+static void AddLine(std::string_view text) {
+    {
+        const std::scoped_lock lock(record.lock);
+        record.status.emplace_back(text);
+    }
+    record.onStatus(text);
+}
+
+static void ConnectRecorder() {
+    frontEnd.AppendStatus = AddLine;
+    frontEnd.AppendStatusPlain = AddLine;
+    frontEnd.ClearStatus = [] { record.status.clear(); };
+    frontEnd.GraphDataReady = [] { record.onGraphData(); };
+    frontEnd.SetHaltEnabled = [](bool enabled) {
+        const std::scoped_lock lock(record.lock);
+        record.haltEnabled = enabled;
+    };
+    frontEnd.ShowMessage = [](const MessageBox& box) {
+        const std::scoped_lock lock(record.lock);
+        record.boxes.push_back(box);
+    };
+    frontEnd.RunFinished = [](int result) {
+        const std::scoped_lock lock(record.lock);
+        record.result = result;
+        ++record.posts;
+        record.finished.notify_all();
+    };
+}
+
+KaldraTest::KaldraTest() : recorder(record) {
+    ResetProcess();
+    std::string pattern = (std::filesystem::temp_directory_path() / "kaldra-test-XXXXXX").string();
+    folder = mkdtemp(pattern.data());
+    ConnectRecorder();
+    InitModel(0);
+    InitModel(1);
+}
+
+KaldraTest::~KaldraTest() {
+    EXPECT_FALSE(CalcThreadLives()) << "the test leaves a calculation thread";
+    if (CalcThreadLives()) {
+        runState.running = 0;
+        HandleCalcThreadMsg(runFinishedMessage, 0);
+    }
+    for (const MessageBox& box : recorder.boxes) ADD_FAILURE() << "unread message " << box.number << ": " << box.text;
+    ResetProcess();
+    std::filesystem::remove_all(folder);
+}
+
+std::string KaldraTest::WriteFile(std::string_view name, std::string_view bytes) const {
+    std::ofstream(Path(name), std::ios::binary) << bytes;
+    return Path(name);
+}
+
+std::string KaldraTest::ReadFile(std::string_view name) const {
+    std::ostringstream bytes;
+    bytes << std::ifstream(Path(name), std::ios::binary).rdbuf();
+    return bytes.str();
+}
+
+bool KaldraTest::HasFile(std::string_view name) const { return std::filesystem::exists(Path(name)); }
+
+std::vector<MessageBox> KaldraTest::TakeBoxes() { return std::exchange(recorder.boxes, {}); }
+
+std::vector<int> KaldraTest::TakeMessages() {
+    std::vector<int> numbers;
+    for (const MessageBox& box : TakeBoxes()) numbers.push_back(box.number);
+    return numbers;
+}
+
+bool KaldraTest::Prepare(const Problem& problem) {
+    (void)FreeModel();
+    InitModel(1);
+    model.dataFileName = WriteFile("case.kdr", problem.Text());
+    if (!ReadDataFile() || !SetupFunctions()) return false;
+    ChooseStartStep();
+    if (!MakeTable(model.PointResultOffset, model.elements.size())) return false;
+    BuildPointResultOffsets();
+    const auto points = static_cast<std::size_t>(model.pointTotal);
+    runState.running = 1;
+    return MakeTable(model.PointResults, 5 * points) && MakeTable(model.SlopeFloor, points) &&
+           MakeTable(model.PhaseState, points) && MakeTable(model.SolutionVector, model.nodes.size());
+}
+
+bool KaldraTest::WaitForPost() {
+    std::unique_lock lock(recorder.lock);
+    return recorder.finished.wait_for(lock, std::chrono::seconds(120), [&] { return recorder.posts > 0; });
+}
+
+Outcome KaldraTest::RunOpened() {
+    recorder.posts = 0;
+    if (!Start()) return {};
+    if (!WaitForPost()) std::abort();  // nothing can be put right while the thread works on
+    Outcome outcome{true, recorder.result, model};
+    HandleCalcThreadMsg(runFinishedMessage, outcome.result);
+    return outcome;
+}
+
+Outcome KaldraTest::Run(const Problem& problem) {
+    return OpenDataFile(WriteFile("case.kdr", problem.Text())) ? RunOpened() : Outcome{};
+}
+
+}  // namespace kaldra

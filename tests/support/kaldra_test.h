@@ -1,0 +1,75 @@
+// The fixture of all tests that touch the process-wide tables, the front end or files.
+//
+// Every test starts from a fresh process state and an empty folder of its own, and fails if it leaves a message unread
+// or a thread alive.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/problem_model.h"
+#include "run/front_end.h"
+#include "support/problem.h"
+
+namespace kaldra {
+
+using testing::ElementsAre;
+
+// Matches a sequence of numbers within a tolerance.
+inline auto Near(float tolerance, std::vector<float> expected) {
+    return testing::Pointwise(testing::FloatNear(tolerance), expected);
+}
+
+// What the front end was told, in order. Both threads write here.
+struct Recorder {
+    std::mutex lock;
+    std::condition_variable finished;
+    Rows status;
+    std::vector<MessageBox> boxes;
+    int posts = 0;   // of RunFinished
+    int result = 0;  // of the last one
+    bool haltEnabled = false;
+    std::function<void(std::string_view)> onStatus = [](std::string_view) {};  // behind each line, on its thread
+    std::function<void()> onGraphData = [] {};
+};
+
+// A run that was waited for.
+struct Outcome {
+    bool started = false;
+    int result = 0;
+    ProblemModel model;  // as the analysis loop left it
+};
+
+class KaldraTest : public testing::Test {
+protected:
+    KaldraTest();
+    ~KaldraTest() override;
+
+    [[nodiscard]] std::string Path(std::string_view name) const { return folder + '/' + std::string(name); }
+    std::string WriteFile(std::string_view name, std::string_view bytes) const;  // gives its path
+    [[nodiscard]] std::string ReadFile(std::string_view name) const;
+    [[nodiscard]] bool HasFile(std::string_view name) const;
+
+    // The boxes, or their numbers, that were shown since the last call. A box that is not taken fails the test.
+    std::vector<MessageBox> TakeBoxes();
+    std::vector<int> TakeMessages();
+
+    // Reads the problem as a run does and makes every table that the element code needs. False after a message.
+    bool Prepare(const Problem& problem);
+    // Opens the problem as case.kdr, starts it and waits for its end.
+    Outcome Run(const Problem& problem);
+    Outcome RunOpened();  // starts the open document and waits for its end
+    bool WaitForPost();   // of the calculation thread
+
+    std::string folder;
+    Recorder& recorder;
+};
+
+}  // namespace kaldra
