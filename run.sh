@@ -1,9 +1,19 @@
 #!/usr/bin/env bash
 # Builds KALDRA SOLVE and runs one problem: ./run.sh [OPTION]... [FILE.kdr]
 # Without a file it runs the example of the road embankment. Options are those of kaldra-run.
+#
+#     ./run.sh --desktop [FILE.kdr]     builds and starts the desktop program
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)
+
+if [ "${1-}" = --desktop ]; then
+    shift
+    "$here/tools/install-packages.sh" g++ cmake ninja-build libcli11-dev qt6-base-dev libqt6svg6 fonts-dejavu-core
+    "$here/tools/build.sh" release kaldra-solve -DKALDRA_DESKTOP=ON
+    exec "$here/build/release/bin/kaldra-solve" "$@"
+fi
+
 "$here/tools/install-packages.sh" g++ cmake ninja-build libcli11-dev
 "$here/tools/build.sh" release kaldra-run
 
