@@ -193,7 +193,7 @@ void GraphWindow::Command(int id) {
             return UpdateGraph();
         }
         default:
-            return ShowHelpForMenu(id);
+            return ShowHelpContents();
     }
 }
 

@@ -123,6 +123,7 @@ void MainWindow::Command(int id) {
         case commandAbout:
             return RunAbout(this);
         case commandHelpTopics:
+            return ShowHelpContents();
         case commandUsingHelp:
             return ShowHelpForMenu(id);
         case commandStart:
