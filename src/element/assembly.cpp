@@ -33,11 +33,9 @@ static void Scatter(const ElementRec& element, const ElementMatrix& matrix) {
     }
 }
 
-int AssembleSteadySystem() {
-    std::ranges::fill(model.SkylineStore, 0.0);
-    for (std::size_t n = 0; n < Nodes(); ++n) {
-        model.SolutionVector[n] = model.EquationCode[n] == equationInactive ? 0.0F : model.nodes[n].bcValue;
-    }
+// Forms the matrices of every active element at the present temperatures, in order, and hands them to `use`.
+template <class Use>
+[[nodiscard]] static int ForEachActiveElement(Use use) {
     ElementMatrix K;
     ElementMatrix Cap;
     for (std::size_t e = 0; e < Elements(); ++e) {
@@ -45,9 +43,18 @@ int AssembleSteadySystem() {
         const ElementRec& element = model.elements[e];
         if (IsNullElement(element)) continue;
         if (!ComputeElementMatrices(e, K, Cap, PointValues::Evaluated)) return 0;
-        Scatter(element, K);
+        use(element, K, Cap);
     }
     return 1;
+}
+
+int AssembleSteadySystem() {
+    std::ranges::fill(model.SkylineStore, 0.0);
+    for (std::size_t n = 0; n < Nodes(); ++n) {
+        model.SolutionVector[n] = model.EquationCode[n] == equationInactive ? 0.0F : model.nodes[n].bcValue;
+    }
+    return ForEachActiveElement(
+        [](const ElementRec& element, ElementMatrix& K, ElementMatrix&) { Scatter(element, K); });
 }
 
 // Adds Cap T old of the element to the right-hand side of its free nodes.
@@ -84,19 +91,12 @@ int AssembleTransientSystem() {
     const float increment = StepIncrement(runState.currentStep);
     std::ranges::fill(model.SkylineStore, 0.0);
     for (std::size_t n = 0; n < Nodes(); ++n) model.SolutionVector[n] = TransientLoad(n, increment);
-    ElementMatrix K;
-    ElementMatrix Cap;
-    for (std::size_t e = 0; e < Elements(); ++e) {
-        if (!IsRunning()) return 0;
-        const ElementRec& element = model.elements[e];
-        if (IsNullElement(element)) continue;
-        if (!ComputeElementMatrices(e, K, Cap, PointValues::Evaluated)) return 0;
+    return ForEachActiveElement([increment](const ElementRec& element, ElementMatrix& K, ElementMatrix& Cap) {
         AddStoredHeat(element, Cap);
         MatScale(K.data(), increment, slotCount, slotCount);
         MatAdd(K.data(), Cap.data(), slotCount, slotCount);
         Scatter(element, K);
-    }
-    return 1;
+    });
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
