@@ -27,7 +27,7 @@ TEST_F(GraphMemoryTest, AFreshFileResetsTheSettings) {
 // A reader that takes the mutex sees both arrays and their count fit at any time.
 TEST_F(GraphMemoryTest, ReadersSeeAWholeCurve) {
     constexpr std::int32_t points = 500;
-    std::thread writer([] {
+    const std::jthread writer([] {
         bool due = false;
         for (std::int32_t i = 1; i <= points; ++i) EXPECT_EQ(StoreGraphPoint(i, 2.0 * i, due), 1);
     });
@@ -40,7 +40,6 @@ TEST_F(GraphMemoryTest, ReadersSeeAWholeCurve) {
         ASSERT_EQ(graphMemory.GraphNorms.size(), static_cast<std::size_t>(seen));
         ASSERT_EQ(graphMemory.GraphNorms.back(), 2.0 * graphMemory.GraphIterations.back());
     }
-    writer.join();
 }
 
 // In a run the calculation thread waits in its notifications while the front end takes the mutex.

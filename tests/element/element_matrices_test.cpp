@@ -29,6 +29,12 @@ protected:
         EXPECT_TRUE(ComputePointGeometry(model.elements[0], xyOfSlots, {r, s, 1, 1}, at));
         return at.determinant;
     }
+    std::vector<float> Position(float r, float s) {
+        EXPECT_TRUE(ComputePointGeometry(model.elements[0], xyOfSlots, {r, s, 1, 1}, at));
+        std::vector<float> position(2);
+        for (std::size_t i = 0; i < 2 * slotCount; ++i) position[i % 2] += at.M[i / 2] * xyOfSlots[i];
+        return position;
+    }
 
     std::string analysis = "1 1 0 1 0", pole = "POLE 0";
     ElementMatrix K{}, Cap{};
@@ -122,6 +128,7 @@ TEST_F(ElementMatrices, OneInfiniteDirectionMapsByTheDistanceFromThePole) {
         EXPECT_THAT(xyOfSlots, ElementsAre(0, 0, 10, 4, 10, 0, 0, 0, 20, 4, 10, 2, 20, 0, 0, 0));
         EXPECT_THAT((std::array{Determinant(-1, 0.5F), Determinant(0, -0.25F), Determinant(0.5F, 0)}),
                     Near(1e-4F, {10, 40, 160}));
+        EXPECT_THAT(Position(0.5F, -0.25F), Near(1e-4F, {40, 1.5F}));
     }
     pole = "POLE 1\n-10 7";
     analysis = "1 2 0 1 0";
@@ -150,6 +157,7 @@ TEST_F(ElementMatrices, TwoInfiniteDirectionsSwapByTheSigns) {
         EXPECT_THAT(xyOfSlots, ElementsAre(0, 0, 0, 0, 3, 5, 0, 0, 0, 0, 3, 10, 6, 5, 0, 0));
         EXPECT_THAT((std::array{Determinant(-1, -1), Determinant(0, 0.5F), Determinant(0.5F, 0.75F)}),
                     Near(1e-2F, {3.75F, 240, 3840}));
+        EXPECT_THAT(Position(0.5F, -0.25F), Near(1e-4F, {12, 8}));
     }
     for (const char* signs : {"1 1 -1", "1 -1 1"}) {
         ASSERT_TRUE(PrepareElement(below, "1 2 3 4 0 0 0 0", 4, signs));

@@ -111,6 +111,7 @@ TEST(IntegrationRules, FollowTheSlots) {
         for (std::size_t i = 0; i < std::min<std::size_t>(points, 8); ++i) {
             EXPECT_EQ(rule[i].r, outer * quadrilateral[i][0]) << i;
             EXPECT_EQ(rule[i].s, outer * quadrilateral[i][1]) << i;
+            EXPECT_EQ(rule[i].wr > rule[i].ws, quadrilateral[i][0] == 0) << i;
         }
     }
 }

@@ -29,8 +29,7 @@ protected:
         frontEnd.SetGraphEnabled = [](bool enabled) { graphEnabled = enabled; };
         frontEnd.RepaintGraph = [] {
             ++repaints;
-            EXPECT_TRUE(hmtxGraphMem.try_lock());
-            hmtxGraphMem.unlock();
+            EXPECT_TRUE(GraphMemoryIsFree());
         };
     }
     ~Graph() override { chartService = {}; }

@@ -94,6 +94,7 @@ TEST_F(Panel, InitialFilesChangeNothingBeforeOk) {
     AcceptInitialFiles(files);
     EXPECT_EQ(runState.initialTemperatureFile, Path("other.t07"));
     EXPECT_EQ(runState.initialConditionMode, 1);
+    EXPECT_EQ(Labels()[1] + Labels()[2], "Initial Temp File:|other.t07|");  // blank without conductivities
     ClearInitialFiles(files);
     AcceptInitialFiles(files);
     EXPECT_EQ(runState.initialConditionMode, 0);

@@ -11,8 +11,9 @@ namespace {
 // A / stands for the end of a line.
 constexpr std::string_view fullProblem =
     "a remark before the file/FILEINFO/KALDRA 4.0/"
-    "TITLE/   The first title line has more than fifty-four characters in all/TIME is a word of a title/"
-    "third line is cut/4th/"
+    "TITLE/   The first title line has more than fifty-four characters in all/TIME is the first word of a title that "
+    "is longer than the file keeps/"
+    "third line is cut/the fourth line is cut/"
     "ANALYSIS/2 3 3.5E+2 0 -0.5/CONVERGE/25 0.5 10/TIME 2/1 1.5 1.75 0/2 2.5 4.0/"
     "MATERIAL 2/1 1 1 2.0 3.0 0.25/2 0 0 1 1 0/KFUNCTION 1/1 2 0.5 1.5/conductivity/-10 2/10 1/"
     "SFUNCTION 1/1 2 0 0/unfrozen water/-8 0/0 1/MFUNCTION 1/1 2 0 0.0/modifier/-7 0.5/7 1.5/"
@@ -22,7 +23,7 @@ constexpr std::string_view fullProblem =
     "FLUX 1/1 1/1 0 0 1 2/qBOUNDARY 1/1 2 1 9 12.5 1 1/what follows is ignored/";
 
 // The problem with one line replaced; CR LF line ends, as its writer leaves them.
-std::string Changed(std::string_view line = "4th", std::string_view by = "4th") {
+std::string Changed(std::string_view line = "CONVERGE", std::string_view by = "CONVERGE") {
     std::string text = '/' + std::string(fullProblem);
     const std::string whole = '/' + std::string(line) + '/';
     const std::size_t at = text.find(whole);
@@ -47,7 +48,8 @@ TEST_F(DataFile, EveryColumnReachesItsField) {
     ASSERT_EQ(Read(Changed()), 1);
     const ProblemModel& m = model;
     EXPECT_THAT(m.titleLine, ElementsAre("The first title line has more than fifty-four characte",
-                                         "TIME is a word of a title", "third line is ", "4th"));
+                                         "TIME is the first word of a title that is longer than ", "third line is ",
+                                         "the fourth lin"));
     const MaterialRec& soil = m.materials[0];
     const BoundaryFunction& season = m.bFunctions[0];
     const ElementRec &first = m.elements[0], &infinite = m.elements[1];

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <thread>
 #include <utility>
 
 #include "convergence/convergence_file.h"
@@ -74,6 +75,15 @@ static void ConnectRecorder() {
         ++record.posts;
         record.finished.notify_all();
     };
+}
+
+bool GraphMemoryIsFree() {
+    bool taken = false;
+    std::thread([&] {
+        taken = hmtxGraphMem.try_lock();
+        if (taken) hmtxGraphMem.unlock();
+    }).join();
+    return taken;
 }
 
 KaldraTest::KaldraTest() : recorder(record) {

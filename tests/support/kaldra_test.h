@@ -40,6 +40,10 @@ struct Recorder {
     std::function<void()> onGraphData = [] {};
 };
 
+// True while no thread holds the mutex of the graph memory. Tried on a thread of its own, as a holder may always take it
+// again.
+bool GraphMemoryIsFree();
+
 // A run that was waited for.
 struct Outcome {
     bool started = false;
