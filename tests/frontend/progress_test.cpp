@@ -12,8 +12,10 @@ TEST(Progress, EstimatesByTheLastTwoChanges) {
     EXPECT_EQ(ProgressLine(p, 11), "iteration 4");
     p.maxIterations = 5;
     EXPECT_DOUBLE_EQ(EstimateSecondsLeft(p), 2);
+    p.changeBefore = 0.26;
     p.change = 0.25;
     EXPECT_DOUBLE_EQ(EstimateSecondsLeft(p), 0);
+    p.changeBefore = 8;
     p.change = 9;  // it does not converge
     EXPECT_LT(EstimateSecondsLeft(p), 0);
     p.change = 4;

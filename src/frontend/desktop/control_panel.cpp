@@ -53,13 +53,15 @@ ControlPanel::ControlPanel(QWidget* parent) : QWidget(parent) {
     auto* const frame = new QFrame(this);
     frame->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
     frame->setGeometry(Place(labelBoxPlace));
+    const auto addLabel = [this](int id, const DialogRect& place) {
+        labels_[id] = new QLabel(this);
+        labels_[id]->setGeometry(Place(place));
+        labels_[id]->setTextFormat(Qt::PlainText);
+        labels_[id]->setObjectName(QString("label%1").arg(id));
+    };
     for (const PanelLabel& label : PanelLabels()) {
-        labels_[label.leftId] = new QLabel(this);
-        labels_[label.leftId]->setGeometry(Place(label.leftPlace));
-        labels_[label.rightId] = new QLabel(this);
-        labels_[label.rightId]->setGeometry(Place(label.rightPlace));
-        labels_[label.rightId]->setTextFormat(Qt::PlainText);
-        labels_[label.rightId]->setObjectName(QString("label%1").arg(label.rightId));
+        addLabel(label.leftId, label.leftPlace);
+        addLabel(label.rightId, label.rightPlace);
     }
 
     QWidget* before = list_;

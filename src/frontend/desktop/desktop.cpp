@@ -6,8 +6,10 @@
 #include <QMessageBox>
 #include <QThread>
 #include <atomic>
+#include <deque>
+#include <functional>
 #include <future>
-#include <memory>
+#include <mutex>
 #include <string>
 
 #include "frontend/desktop/control_panel.h"
@@ -27,20 +29,49 @@ namespace {
 // Mirrors the Halt Iteration button, so that the calculation thread can ask without waiting.
 std::atomic<bool> haltEnabled{false};
 
+// What the calculation thread asks of the windows, done one after the other on their thread. The queue is our own and
+// the toolkit's event no more than a knock: so the thread sanitizer, which does not see into the toolkit, sees the
+// tasks change hands.
+class Errands : public QObject {
+public:
+    using QObject::QObject;
+
+    std::future<void> Add(std::function<void()> work) {
+        std::packaged_task<void()> errand(std::move(work));
+        std::future<void> done = errand.get_future();
+        {
+            const std::scoped_lock lock(lock_);
+            waiting_.push_back(std::move(errand));
+        }
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+        return done;
+    }
+
+    bool event(QEvent* event) override {
+        if (event->type() != QEvent::User) return QObject::event(event);
+        std::packaged_task<void()> errand;
+        {
+            const std::scoped_lock lock(lock_);
+            errand = std::move(waiting_.front());
+            waiting_.pop_front();
+        }
+        errand();
+        return true;
+    }
+
+private:
+    std::mutex lock_;
+    std::deque<std::packaged_task<void()>> waiting_;
+};
+
+Errands* errands = nullptr;  // from ConnectDesktop on, a child of the application
+
 // Runs `task` on the thread of the windows and waits for its end; directly when called there. The caller must not hold
 // a lock that the windows take.
 template <class Task>
-void OnFrontEndThread(Task task) {
-    if (QThread::currentThread() == QCoreApplication::instance()->thread()) return task();
-    const auto done = std::make_shared<std::promise<void>>();  // outlives whoever is done with it first
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(),
-        [&task, done] {
-            task();
-            done->set_value();
-        },
-        Qt::QueuedConnection);
-    done->get_future().wait();
+void OnFrontEndThread(const Task& task) {
+    if (QThread::currentThread() == errands->thread()) return task();
+    errands->Add(std::cref(task)).wait();
 }
 
 void AppendLine(std::string_view text, int scroll) {
@@ -53,11 +84,10 @@ void AppendLine(std::string_view text, int scroll) {
 }
 
 void RunFinished(int result) {
-    const auto finish = [result] {
+    (void)errands->Add([result] {
         HandleCalcThreadMsg(runFinishedMessage, result);
         if (desktop.panel != nullptr) desktop.panel->List().ScrollBy(2);
-    };
-    QMetaObject::invokeMethod(QCoreApplication::instance(), finish, Qt::QueuedConnection);
+    });
 }
 
 void SetHaltEnabled(bool enabled) {
@@ -109,6 +139,7 @@ void RepaintMainWindow() {
 }  // namespace
 
 void ConnectDesktop() {
+    errands = new Errands(QCoreApplication::instance());
     frontEnd.AppendStatus = [](std::string_view text) { AppendLine(text, 1); };
     frontEnd.AppendStatusPlain = [](std::string_view text) { AppendLine(text, 0); };
     frontEnd.ClearStatus = [] {

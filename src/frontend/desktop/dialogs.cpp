@@ -82,7 +82,7 @@ void NameDialog(QDialog& dialog, const QString& title, const char* name, int hel
 
 QDialogButtonBox* AddButtons(QDialog& dialog, QLayout& layout, QDialogButtonBox::StandardButtons buttons) {
     auto* const box = new QDialogButtonBox(buttons, &dialog);
-    if (QPushButton* const ok = box->button(QDialogButtonBox::Ok)) ok->setText("&OK");
+    box->button(QDialogButtonBox::Ok)->setText("OK");
     if (QPushButton* const cancel = box->button(QDialogButtonBox::Cancel)) cancel->setText("Cancel");
     QObject::connect(box, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     layout.addWidget(box);
@@ -222,6 +222,7 @@ public:
         AddUpdate(*layout);
         AddLook(*layout);
         auto* const buttons = AddButtons(*this, *layout, QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+        buttons->button(QDialogButtonBox::Ok)->setText("&OK");
         connect(buttons, &QDialogButtonBox::accepted, this, [this] { Accept(); });
         Show();
         Focus(optionsStart);

@@ -30,9 +30,14 @@ public:
         browser_.setOpenExternalLinks(false);
         auto* const bar = addToolBar(tr("Pages"));
         bar->setMovable(false);
-        connect(bar->addAction(tr("&Contents")), &QAction::triggered, this, [this] { Show(helpContents); });
-        connect(bar->addAction(tr("&Back")), &QAction::triggered, &browser_, &QTextBrowser::backward);
-        connect(bar->addAction(tr("&Forward")), &QAction::triggered, &browser_, &QTextBrowser::forward);
+        const auto add = [bar](const QString& text, const QKeySequence& keys) {
+            QAction* const action = bar->addAction(text);
+            action->setShortcut(keys);  // a tool bar knows no mnemonics
+            return action;
+        };
+        connect(add(tr("Contents"), QKeySequence("Alt+C")), &QAction::triggered, this, [this] { Show(helpContents); });
+        connect(add(tr("Back"), QKeySequence("Alt+B")), &QAction::triggered, &browser_, &QTextBrowser::backward);
+        connect(add(tr("Forward"), QKeySequence("Alt+F")), &QAction::triggered, &browser_, &QTextBrowser::forward);
         resize(640, 560);
     }
 

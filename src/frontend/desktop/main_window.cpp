@@ -149,6 +149,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     }
     event->accept();
     if (desktop.graph != nullptr) CloseGraph();
+    CloseHelp();  // the program ends with its last window
 }
 
 void MainWindow::focusInEvent(QFocusEvent*) { panel_->setFocus(); }

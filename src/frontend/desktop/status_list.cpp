@@ -29,7 +29,7 @@ public:
         painter->setFont(option.font);
         painter->setPen(palette.color(selected ? QPalette::HighlightedText : QPalette::Text));
         const QStringList fields = index.data().toString().split('\t');
-        const std::vector<int> stops = list->TabStops();
+        const std::vector<int>& stops = list->TabStops();
         for (qsizetype i = 0; i < fields.size(); ++i) {
             QRect box = option.rect;
             const auto stop = std::min(static_cast<std::size_t>(i), stops.size() - 1);
@@ -91,12 +91,17 @@ StatusList::StatusList(QWidget* parent) : QTableView(parent) {
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setMinimumSectionSize(1);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 2);
+    MeasureTabStops();
 }
 
-std::vector<int> StatusList::TabStops() const {
-    std::vector<int> stops{0};
-    for (const int units : statusTabStops) stops.push_back(DialogUnits(*this, units));
-    return stops;
+void StatusList::MeasureTabStops() {
+    stops_ = {0};
+    for (const int units : statusTabStops) stops_.push_back(DialogUnits(*this, units));
+}
+
+void StatusList::changeEvent(QEvent* event) {
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::FontChange) MeasureTabStops();
 }
 
 void StatusList::AppendLine(const QString& line, int scroll) {

@@ -41,10 +41,16 @@ public:
     [[nodiscard]] QStringList Lines() const;
 
     // Where the columns of a line begin, from the left edge of the list, in pixels.
-    [[nodiscard]] std::vector<int> TabStops() const;
+    [[nodiscard]] const std::vector<int>& TabStops() const { return stops_; }
+
+protected:
+    void changeEvent(QEvent* event) override;
 
 private:
+    void MeasureTabStops();
+
     StatusLines lines_;
+    std::vector<int> stops_;  // measured once: every painted line asks for them
 };
 
 }  // namespace kaldra

@@ -170,6 +170,8 @@ ends_by_the_second_signal() {
     sleep 0.5
     kill -0 "$pid" || fail "the first signal ended it"
     kill -TERM "$pid"
+    for _ in {1..100}; do kill -0 "$pid" 2>/dev/null && sleep 0.1; done
+    kill -KILL "$pid" 2>/dev/null && fail "two signals do not end it"
     wait "$pid" || status=$?
     exec 3>&-
     [ "$status" = 143 ] || fail "exit $status"
