@@ -78,7 +78,7 @@ std::string StripQuotes(std::string name) {
 }
 
 int OpenNamedFile(const std::string& name) {
-    runState.pendingFileName = FileExists(name) ? name : StripQuotes(name);
+    runState.pendingFileName = TruePath(FileExists(name) ? name : StripQuotes(name));
     if (FileExists(runState.pendingFileName)) return OpenDataFile(std::string(runState.pendingFileName));
     runState.pendingFileName.clear();
     return 0;

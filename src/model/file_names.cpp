@@ -1,6 +1,8 @@
 #include "model/file_names.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include "run/messages.h"
 
@@ -23,6 +25,15 @@ std::string ReplaceExtension(std::string_view path, std::string_view extension) 
     std::string result(path.substr(0, path.rfind('.')));
     result.append(extension);
     return result;
+}
+
+std::string TruePath(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path given = std::filesystem::absolute(path, error);
+    if (error) return {};
+    std::filesystem::path folder = std::filesystem::canonical(given.parent_path(), error);
+    if (error) folder = given.parent_path().lexically_normal();
+    return (folder / given.filename()).string();
 }
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {

@@ -284,6 +284,21 @@ private slots:
         QCOMPARE(contents.count("f*\n"), 4 * copies);
     }
 
+    void SavesAPicture() {
+        QVERIFY(!SaveChartPicture(Path("chart.png")));  // no window
+        OpenFinishedRun(0);
+        OpenGraphWindow();
+        QVERIFY(SaveChartPicture(Path("chart.png")));
+        const QImage picture(Path("chart.png"));
+        QCOMPARE(picture.pixelColor(1, 1), QColor(Qt::white));
+        bool curve = false;
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x) curve = curve || picture.pixelColor(x, y) == QColor(0, 114, 178);
+        }
+        QVERIFY(curve);
+        QVERIFY(!SaveChartPicture(Path("no such folder/chart.png")));
+    }
+
     void SaysThatAPrinterCannotBeWrittenTo() {
         OpenFinishedRun(0);
         OpenGraphWindow();

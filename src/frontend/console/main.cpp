@@ -6,9 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <atomic>
 #include <csignal>
-#include <filesystem>
 #include <string>
-#include <system_error>
 
 #include "frontend/commands.h"
 #include "frontend/console/console.h"
@@ -72,12 +70,8 @@ struct Options {
 
 // The path as the engine keeps it, or an empty one after a complaint.
 std::string AbsolutePath(const std::string& file) {
-    // Names are compared as texts, so the folder takes its one true spelling; a linked file keeps the name of the link.
-    std::error_code error;
-    const std::filesystem::path given = std::filesystem::absolute(file, error);
-    std::filesystem::path folder = std::filesystem::canonical(given.parent_path(), error);
-    if (error) folder = given.parent_path().lexically_normal();
-    const std::string path = (folder / given.filename()).string();
+    const std::string path = TruePath(file);
+    if (path.empty()) Complain("cannot find the working folder");
     if (path.size() > longestPath) {
         Complain(FormatText("the path has %d characters, %d is the most: %s", static_cast<std::int64_t>(path.size()),
                             static_cast<std::int64_t>(longestPath), path));

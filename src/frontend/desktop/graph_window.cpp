@@ -31,16 +31,20 @@ namespace {
 
 ChartView* View() { return desktop.graph != nullptr ? &desktop.graph->View() : nullptr; }
 
+// The drawing as it stands in the window.
+QImage ChartPicture(const ChartView& view) {
+    QImage picture(view.size() * view.devicePixelRatioF(), QImage::Format_RGB32);
+    picture.setDevicePixelRatio(view.devicePixelRatioF());
+    QPainter painter(&picture);
+    PaintChart(painter, QRectF(view.rect()), ShownDrawing(), ScreenTextHeight());
+    return picture;
+}
+
 void CopyChart(std::int32_t, std::int32_t) {
     const ChartView* const view = View();
     if (view == nullptr) return;
-    QImage picture(view->size() * view->devicePixelRatioF(), QImage::Format_RGB32);
-    picture.setDevicePixelRatio(view->devicePixelRatioF());
-    QPainter painter(&picture);
-    PaintChart(painter, QRectF(view->rect()), ShownDrawing(), ScreenTextHeight());
-    painter.end();
     auto* const data = new QMimeData;
-    data->setImageData(picture);
+    data->setImageData(ChartPicture(*view));
     data->setText(QString::fromStdString(CurveText(ShownDrawing())));
     QApplication::clipboard()->setMimeData(data);
 }
@@ -116,6 +120,10 @@ void Print(QWidget* owner) {
         QString file = p.printer->outputFileName();
         if (file.isEmpty()) file = ChoosePrintFile(owner);
         if (file.isEmpty()) return;
+        if (file.endsWith(".png", Qt::CaseInsensitive)) {
+            if (!SaveChartPicture(file)) ShowError(1282);
+            return;
+        }
         job.file = file.toStdString();
         job.device.clear();
     }
@@ -123,6 +131,11 @@ void Print(QWidget* owner) {
 }
 
 }  // namespace
+
+bool SaveChartPicture(const QString& file) {
+    const ChartView* const view = View();
+    return view != nullptr && ChartPicture(*view).save(file, "PNG");
+}
 
 void ConnectChartWindow() {
     ConnectChartRecorder();

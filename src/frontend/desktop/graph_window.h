@@ -35,6 +35,9 @@ private:
     ChartView* view_;
 };
 
+// Writes the drawing of the open graph window as a PNG picture. False where there is no window or no such folder.
+[[nodiscard]] bool SaveChartPicture(const QString& file);
+
 // Fills in what the recorder of the chart service leaves to a window: sizes, painting, copying and printing.
 void ConnectChartWindow();
 

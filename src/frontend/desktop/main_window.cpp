@@ -6,7 +6,6 @@
 #include <QFileInfo>
 #include <QLayout>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QStyle>
 
@@ -16,24 +15,13 @@
 #include "frontend/desktop/help_viewer.h"
 #include "frontend/desktop/menus.h"
 #include "frontend/graph.h"
+#include "model/file_names.h"
 #include "model/problem_model.h"
-#include "platform/files.h"
 #include "run/front_end.h"
 #include "run/messages.h"
 #include "run/run_state.h"
 
 namespace kaldra {
-
-namespace {
-
-// The absolute path as the engine keeps it: the folder in its one true spelling, the name as given.
-QString TruePath(const QString& path) {
-    const QFileInfo given(QDir::current().absoluteFilePath(path));
-    const QString folder = QFileInfo(given.absolutePath()).canonicalFilePath();
-    return folder.isEmpty() ? given.absoluteFilePath() : QDir(folder).filePath(given.fileName());
-}
-
-}  // namespace
 
 MainWindow::MainWindow() : panel_(new ControlPanel(this)) {
     setAcceptDrops(true);
@@ -70,21 +58,16 @@ void MainWindow::UpdateMenus() {
 // ---------------------------------------------------------------------------------------------------------------------
 // Documents
 
-void MainWindow::Open(const std::string& path) {
-    if (path.size() > longestPath) {
-        QMessageBox::warning(this, windowTitle(), tr("The path of this file is too long."));
-        return;
-    }
-    const WaitCursor wait;
-    if (OpenDataFile(path) == 0) return;
-    QDir::setCurrent(QFileInfo(QString::fromStdString(path)).absolutePath());
+// The working folder is that of the open document.
+static void EnterFolder(int opened) {
+    if (opened == 1) QDir::setCurrent(QFileInfo(QString::fromStdString(model.dataFileName)).absolutePath());
 }
 
 // The old document goes first, even if the new file then fails.
 void MainWindow::ReplaceDocument(const QString& path) {
     repaint();
-    NewDocument();
-    Open(TruePath(path).toStdString());
+    const WaitCursor wait;
+    EnterFolder(OpenChosenFile(TruePath(path.toStdString())));
 }
 
 void MainWindow::ChooseDataFile() {
@@ -98,10 +81,8 @@ void MainWindow::ChooseDataFile() {
 }
 
 void MainWindow::OpenFromCommandLine(const QString& name) {
-    for (const QString& given : {name, QString::fromStdString(StripQuotes(name.toStdString()))}) {
-        const std::string path = TruePath(given).toStdString();
-        if (FileExists(path)) return Open(path);
-    }
+    const WaitCursor wait;
+    EnterFolder(OpenNamedFile(name.toStdString()));
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

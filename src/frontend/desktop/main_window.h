@@ -34,7 +34,6 @@ private:
     void Command(int id);
     void ChooseDataFile();
     void ReplaceDocument(const QString& path);
-    void Open(const std::string& path);
 
     ControlPanel* panel_;
 };
