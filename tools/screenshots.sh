@@ -18,7 +18,7 @@ export DISPLAY='' QT_QPA_PLATFORM=xcb XDG_RUNTIME_DIR=$work XDG_CONFIG_HOME=$wor
 start_screen() {  # WIDTHxHEIGHT
     [ -z "$server" ] || { kill "$server"; wait "$server" || true; }
     : >"$work/display"
-    Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp 3>"$work/display" 2>/dev/null &
+    Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp -noreset 3>"$work/display" 2>/dev/null &
     server=$!
     for _ in $(seq 100); do
         DISPLAY=:$(cat "$work/display")
