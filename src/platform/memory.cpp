@@ -1,9 +1,11 @@
 #include "platform/memory.h"
 
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 #include "platform/faults.h"
 #include "run/messages.h"
@@ -43,6 +45,20 @@ bool MemoryAllows(std::uint64_t bytes) {
     if (FaultStrikes(FaultSeam::Allocation)) return false;
     return bytes < alwaysTried || bytes < AvailableMemory();
 }
+
+void* TakeLargeMemory(std::size_t bytes) {
+    constexpr std::size_t hugePage = 2U << 20U;
+    constexpr std::size_t cacheLine = 64;
+    const std::size_t step = bytes >= hugePage ? hugePage : cacheLine;
+    const std::size_t rounded = (bytes + step - 1) / step * step;
+    if (rounded < bytes) throw std::bad_alloc();
+    void* const memory = std::aligned_alloc(step, rounded);
+    if (memory == nullptr) throw std::bad_alloc();
+    if (step == hugePage) (void)madvise(memory, rounded, MADV_HUGEPAGE);  // where it cannot be, small pages serve
+    return memory;
+}
+
+void GiveLargeMemory(void* memory) { std::free(memory); }
 
 int ShowOutOfMemory() { return ShowError(1138); }
 

@@ -9,9 +9,39 @@
 #include <cstdint>
 #include <new>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace kaldra {
+
+// Memory for LargeTable: from 2 MiB on in pages of that size where the system has them, since the first touch of small
+// pages costs more than the work in them. Throws std::bad_alloc.
+[[nodiscard]] void* TakeLargeMemory(std::size_t bytes);
+void GiveLargeMemory(void* memory);
+
+template <class Record>
+struct LargeAllocator {
+    using value_type = Record;
+    LargeAllocator() = default;
+    template <class Other>
+    LargeAllocator(const LargeAllocator<Other>&) {}
+    [[nodiscard]] Record* allocate(std::size_t count) {
+        return static_cast<Record*>(TakeLargeMemory(count * sizeof(Record)));
+    }
+    void deallocate(Record* memory, std::size_t) { GiveLargeMemory(memory); }
+    template <class... Arguments>
+    void construct(Record* place, Arguments&&... arguments) {
+        if constexpr (sizeof...(Arguments) > 0) ::new (place) Record(std::forward<Arguments>(arguments)...);
+    }
+    template <class Other>
+    bool operator==(const LargeAllocator<Other>&) const {
+        return true;
+    }
+};
+
+// A table of numbers that is not filled when it is made: its owner writes every value before it is read.
+template <class Record>
+using LargeTable = std::vector<Record, LargeAllocator<Record>>;
 
 // True when `bytes` may be asked for now.
 [[nodiscard]] bool MemoryAllows(std::uint64_t bytes);
@@ -38,10 +68,10 @@ template <class Growth>
     return TryMemory(bytes, grow) ? 1 : ShowOutOfMemory();
 }
 
-// Replaces a table by `count` zero-filled records; whatever it held is released first.
-template <class Record>
-[[nodiscard]] int MakeTable(std::vector<Record>& table, std::size_t count) {
-    std::vector<Record>().swap(table);
+// Replaces a table by `count` zero-filled records (a LargeTable: unfilled ones); whatever it held is released first.
+template <class Record, class Allocator>
+[[nodiscard]] int MakeTable(std::vector<Record, Allocator>& table, std::size_t count) {
+    std::vector<Record, Allocator>().swap(table);
     return WithMemory(count * sizeof(Record), [&] { table.resize(count); });
 }
 
