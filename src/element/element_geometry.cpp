@@ -76,12 +76,21 @@ void GetElementCoordinates(std::size_t e, ElementCoordinates& xy) {
     for (std::size_t slot = 0; slot < slotCount; ++slot) SetRow(xy, slot, NodePosition(element, slot));
 }
 
+void ComputePointShape(const ElementRec& element, const IntegrationPoint& point, PointGeometry& at) {
+    ShapeFunctions(at.N, point.r, point.s, element.nodes);
+    ShapeDerivatives(at.dN, point.r, point.s, element.nodes);
+}
+
 bool ComputePointGeometry(const ElementRec& element, const ElementCoordinates& xy, const IntegrationPoint& point,
                           PointGeometry& at) {
+    ComputePointShape(element, point, at);
+    return ComputePointMapping(element, xy, point, at);
+}
+
+bool ComputePointMapping(const ElementRec& element, const ElementCoordinates& xy, const IntegrationPoint& point,
+                         PointGeometry& at) {
     const float r = point.r;
     const float s = point.s;
-    ShapeFunctions(at.N, r, s, element.nodes);
-    ShapeDerivatives(at.dN, r, s, element.nodes);
     SlotGradients dM = at.dN;
     at.M = at.N;
     if (OneDirection(element)) {

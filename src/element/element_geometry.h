@@ -35,6 +35,13 @@ struct PointGeometry {
     float determinant;             // area scale of the point, without any guard
 };
 
+// Sets N and dN of `at`, which depend on the slots in use alone.
+void ComputePointShape(const ElementRec& element, const IntegrationPoint& point, PointGeometry& at);
+
+// Sets M, the inverse and the determinant of `at` from its N and dN. False as for ComputePointGeometry.
+[[nodiscard]] bool ComputePointMapping(const ElementRec& element, const ElementCoordinates& xy,
+                                       const IntegrationPoint& point, PointGeometry& at);
+
 // Fills `at` in. False where the area scale is zero or negative, and for an infinite element that lacks a near slot or
 // is no quadrilateral: `inverse` is then of no use.
 [[nodiscard]] bool ComputePointGeometry(const ElementRec& element, const ElementCoordinates& xy,

@@ -35,8 +35,7 @@ static void SetIsotropic(Conductivity& D, float k, const MaterialRec& material) 
     D = {k, 0, 0, material.conductivityRatio * k};
 }
 
-// The conductivities of an earlier run hold in the first iteration of the step that starts from them.
-static bool InitialConductivityHolds() {
+bool InitialConductivityHolds() {
     return runState.initialConditionMode == 2 && runState.iteration == 1 && runState.currentStep <= runState.startStep;
 }
 
@@ -131,9 +130,11 @@ void GlobalDerivatives(SlotGradients& B, const std::array<float, 4>& inverse, co
     MatMul(B.data(), inverse.data(), dN.data(), 2, 2, slotCount);
 }
 
-// Thickness, in an axisymmetric problem times the radius. The radius of an element that is infinite along x is measured
-// from the pole, as its coordinates are.
-static float DepthAtPoint(const ElementRec& element, const ElementCoordinates& xy, const PointGeometry& at) {
+float WeightOfPoint(const IntegrationPoint& point, float determinant) {
+    return Narrow(static_cast<double>(determinant) * static_cast<double>(point.ws) * static_cast<double>(point.wr));
+}
+
+float DepthAtPoint(const ElementRec& element, const ElementCoordinates& xy, const PointGeometry& at) {
     if (model.problemView != viewAxisymmetric) return element.thickness;
     double radius = 0;
     for (std::size_t slot = 0; slot < slotCount; ++slot) {
@@ -183,8 +184,7 @@ int ComputeElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap, 
         Conductivity D;
         GlobalDerivatives(B, at.inverse, at.dN);
         recorded ? StoredConductivityAtPoint(D, e, i) : ConductivityAtPoint(D, at.N, e, i);
-        const double area = static_cast<double>(at.determinant);
-        const float weight = Narrow(area * static_cast<double>(rule[i].ws) * static_cast<double>(rule[i].wr));
+        const float weight = WeightOfPoint(rule[i], at.determinant);
         const float depth = DepthAtPoint(element, xy, at);
         AddConduction(K, B, D, weight, depth);
         if (model.analysisType != transient) continue;

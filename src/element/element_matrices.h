@@ -11,6 +11,7 @@
 
 #include <array>
 
+#include "element/element_geometry.h"
 #include "element/shape_functions.h"
 #include "model/problem_model.h"
 
@@ -46,6 +47,16 @@ void StoredConductivityAtPoint(Conductivity& D, std::size_t e, std::size_t point
 
 // Heat capacity of a point from the record.
 [[nodiscard]] float StoredCapacityAtPoint(std::size_t e, std::size_t point);
+
+// The conductivities of an earlier run hold in the first iteration of the step that starts from them.
+[[nodiscard]] bool InitialConductivityHolds();
+
+// Weight of a point in its element's area, d wr ws.
+[[nodiscard]] float WeightOfPoint(const IntegrationPoint& point, float determinant);
+
+// Thickness, in an axisymmetric problem times the radius. The radius of an element that is infinite along x is measured
+// from the pole, as its coordinates are.
+[[nodiscard]] float DepthAtPoint(const ElementRec& element, const ElementCoordinates& xy, const PointGeometry& at);
 
 // A field of the nodes in an element's slots, 0 in the slots without a node.
 [[nodiscard]] SlotValues SlotTemperatures(const ElementRec& element, float NodeState::*field);

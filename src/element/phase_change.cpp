@@ -7,11 +7,9 @@
 #include <vector>
 
 #include "convergence/convergence_file.h"
-#include "element/element_matrices.h"
-#include "element/small_matrix.h"
+#include "element/element_batches.h"
 #include "model/problem_model.h"
 #include "platform/memory.h"
-#include "platform/narrow.h"
 #include "run/front_end.h"
 #include "run/messages.h"
 #include "run/run_state.h"
@@ -31,25 +29,15 @@ struct Candidates {
     std::vector<Candidate> freezing;
 };
 
-// A temperature exactly at the freezing point at either end of the step is no crossing.
-[[nodiscard]] int CollectFrom(std::size_t e, Candidates& found) {
-    const ElementRec& element = model.elements[e];
-    const SlotValues present = SlotTemperatures(element, &NodeState::temperature);
-    const SlotValues old = SlotTemperatures(element, &NodeState::previous);
-    const std::size_t points = PointCount(e);
-    RuleTable rule;
-    GetIntegrationRule(rule, points);
-    for (std::size_t i = 0; i < points; ++i) {
-        const std::size_t pointIndex = static_cast<std::size_t>(model.PointResultOffset[e]) + i;
+// Points that are switched already are no candidates.
+[[nodiscard]] int CollectCandidates(Candidates& found) {
+    std::vector<PointCrossing> crossings;
+    if (!FindPointCrossings(crossings)) return 0;
+    for (const PointCrossing& crossing : crossings) {
+        const auto pointIndex = static_cast<std::size_t>(crossing.pointIndex);
         if (model.PhaseState[pointIndex] != 0) continue;
-        SlotValues N;
-        ShapeFunctions(N, rule[i].r, rule[i].s, element.nodes);
-        const float now = Narrow(VecDot(N.data(), present.data(), slotCount));
-        const float before = Narrow(VecDot(N.data(), old.data(), slotCount));
-        const bool thaws = now > model.freezingPoint && before < model.freezingPoint;
-        const bool freezes = now < model.freezingPoint && before > model.freezingPoint;
-        if (thaws && !AppendRecord(found.thawing, {now, pointIndex})) return 0;
-        if (freezes && !AppendRecord(found.freezing, {now, pointIndex})) return 0;
+        if (!AppendRecord(crossing.thaws ? found.thawing : found.freezing, {crossing.temperature, pointIndex}))
+            return 0;
     }
     return 1;
 }
@@ -88,15 +76,15 @@ std::size_t SwitchOn(std::vector<Candidate>& list, unsigned char state, Before b
 
 int ControlPhaseChange() {
     Candidates found;
-    for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
-        if (!IsRunning()) return 0;
-        if (!IsNullElement(model.elements[e]) && !CollectFrom(e, found)) return 0;
-    }
+    if (!IsRunning() || !CollectCandidates(found)) return 0;
     const auto warmer = [](float a, float b) { return a > b; };
     const auto colder = [](float a, float b) { return a < b; };
     const std::size_t thawing = SwitchOn(found.thawing, pointThawing, warmer);
     const std::size_t freezing = SwitchOn(found.freezing, pointFreezing, colder);
-    if (thawing > 0 || freezing > 0) return 1;
+    if (thawing > 0 || freezing > 0) {
+        ++model.switchedVersion;
+        return 1;
+    }
     runState.PhaseChangeMode = phaseEstablished;
     return runState.phaseRegionReported != 0 ? 1 : ReportEstablished();
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/memory.h"
 #include "platform/narrow.h"
 
 namespace kaldra {
@@ -63,6 +64,37 @@ double EvaluateFunctionSlope(std::span<const FunctionPoint> points, float x) {
     const double dPb = (-2 / h3) * (2 * (v - h / 2) + u) * u;
     const double dQb = (1 / h2) * (2 * v + u) * u;
     return (dQa * ma + dPa * ya) + (dQb * mb + dPb * yb);
+}
+
+static LaneInterval IntervalBetween(const FunctionPoint& a, const FunctionPoint& b) {
+    const double left = static_cast<double>(a.x);
+    const double right = static_cast<double>(b.x);
+    const double h = right - left;
+    const double h2 = h * h;
+    return {left,
+            right,
+            h / 2,
+            2 / (h2 * h),
+            1 / h2,
+            1 / static_cast<double>(Narrow(h2)),
+            static_cast<double>(a.y),
+            static_cast<double>(a.slope),
+            static_cast<double>(b.y),
+            static_cast<double>(b.slope)};
+}
+
+int MakeLaneFunction(std::span<const FunctionPoint> points, std::vector<float>& x, std::vector<LaneInterval>& intervals,
+                     LaneFunction& function) {
+    const std::size_t count = points.size() < 2 ? 0 : points.size() - 1;
+    if (!MakeTable(x, points.size()) || !MakeTable(intervals, count)) return 0;
+    for (std::size_t i = 0; i < points.size(); ++i) x[i] = points[i].x;
+    for (std::size_t i = 0; i < count; ++i) intervals[i] = IntervalBetween(points[i], points[i + 1]);
+    function.intervals = count;
+    function.x = x.data();
+    function.interval = intervals.data();
+    function.constant = count == 0 || (count == 1 && points[0].y == points[1].y);
+    function.value = points.empty() ? 0 : static_cast<double>(points[0].y);
+    return 1;
 }
 
 }  // namespace kaldra

@@ -4,7 +4,9 @@
 #pragma once
 
 #include <span>
+#include <vector>
 
+#include "functions/lane_function.h"
 #include "model/problem_model.h"
 
 namespace kaldra {
@@ -14,5 +16,10 @@ namespace kaldra {
 
 // dy/dx at x; outside the range the slope at that end, though the value there stands still.
 [[nodiscard]] double EvaluateFunctionSlope(std::span<const FunctionPoint> points, float x);
+
+// Fills in what the kernels read of a function: x takes its points, intervals their intervals. Both vectors must
+// outlive the result. Gives 1, or 0 after message 1138.
+[[nodiscard]] int MakeLaneFunction(std::span<const FunctionPoint> points, std::vector<float>& x,
+                                   std::vector<LaneInterval>& intervals, LaneFunction& function);
 
 }  // namespace kaldra

@@ -13,6 +13,9 @@
 #include <string>
 #include <vector>
 
+#include "model/run_tables.h"
+#include "platform/memory.h"
+
 namespace kaldra {
 
 // Where record number n of a table stands.
@@ -199,10 +202,16 @@ struct ProblemModel {
     std::vector<float> PointResults;              // five runs per element, see PointRuns
     std::vector<float> SolutionVector;            // per node: right-hand side, solution, then nodal flow
     std::vector<std::int32_t> EquationCode;       // per node
-    std::vector<std::int32_t> SkylineColumnPtr;   // per node: position of the diagonal
-    std::vector<double> SkylineStore;
+    std::vector<std::int64_t> SkylineColumnPtr;   // per node: position of the diagonal
+    LargeTable<double> SkylineStore;
     std::vector<float> SlopeFloor;         // per point: largest slope of the water content in this step
     std::vector<std::uint8_t> PhaseState;  // per point: 0 not switched, 1 thawing, 2 freezing
+    std::uint64_t temperatureVersion = 0;  // changes whenever a temperature on which point values rest has changed
+    std::uint64_t switchedVersion = 0;     // changes whenever PhaseState has changed within a step
+    ElementBatches batches;
+    SystemMatrix system;
+    SkylineProfile skyline;
+    LastSolution lastSolution;
 };
 
 extern ProblemModel model;

@@ -1,21 +1,24 @@
 #include "run/iteration.h"
 
+#include <bit>
+#include <cstdint>
+
 #include "element/boundary_conditions.h"
+#include "element/element_batches.h"
+#include "element/system_matrix.h"
 #include "model/problem_model.h"
 #include "platform/memory.h"
 #include "results/flux_geometry.h"
 #include "run/run_state.h"
-#include "solver/skyline.h"
+#include "solver/elimination.h"
+#include "solver/solution.h"
 
 namespace kaldra {
 
 int PrepareTables() {
-    if (!MakeTable(model.SkylineColumnPtr, static_cast<std::size_t>(model.nodeCount))) return 0;
-    if (!BuildSkylineProfile()) return 0;
-    if (!IsRunning()) return 0;
     const auto points = static_cast<std::size_t>(model.pointTotal);
-    if (!MakeTable(model.SkylineStore, SkylineLength())) return 0;
     if (!MakeTable(model.SlopeFloor, points) || !MakeTable(model.PhaseState, points)) return 0;
+    if (!BuildElementBatches() || !BuildSystemMatrix() || !PrepareSolution()) return 0;
     if (!IsRunning()) return 0;
     if (!BuildFluxCrossings()) return 0;
     if (model.problemView == viewPlan && !ComputeNodalAreas()) return 0;
@@ -23,17 +26,19 @@ int PrepareTables() {
     return 1;
 }
 
-int EliminatePrescribed() {
-    return EliminateFixedDouble(model.SkylineStore, model.SolutionVector, model.EquationCode, model.SkylineColumnPtr);
-}
+int EliminatePrescribed() { return EliminateFixedDouble(model.system, model.SolutionVector, model.EquationCode); }
 
 int SolveTemperatures() {
-    if (!SolveSkylineDouble(model.SkylineStore, model.SolutionVector, model.EquationCode, model.SkylineColumnPtr)) {
-        return 0;
-    }
+    if (!SolveSystem()) return 0;
+    bool changed = false;
     for (std::size_t n = 0; n < model.SolutionVector.size(); ++n) {
-        if (model.EquationCode[n] != equationInactive) model.nodeStates[n].temperature = model.SolutionVector[n];
+        float& temperature = model.nodeStates[n].temperature;
+        if (model.EquationCode[n] == equationInactive) continue;
+        changed = changed ||
+                  std::bit_cast<std::uint32_t>(temperature) != std::bit_cast<std::uint32_t>(model.SolutionVector[n]);
+        temperature = model.SolutionVector[n];
     }
+    if (changed) ++model.temperatureVersion;
     return 1;
 }
 

@@ -1,198 +1,185 @@
 #include "solver/skyline.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
+#include <atomic>
 #include <vector>
 
 #include "model/problem_model.h"
 #include "platform/memory.h"
 #include "platform/narrow.h"
+#include "platform/parallel.h"
 #include "run/messages.h"
 #include "run/run_state.h"
+#include "solver/dense_kernels.h"
 
 namespace kaldra {
 
-// Indices are signed: positions run from ptr - j + i, which may pass below 0 before it is compared.
-using Index = std::ptrdiff_t;
-
-// ---------------------------------------------------------------------------------------------------------------------
-// Profile
-
-// Raises the height of every column of the element's nodes to reach the lowest of them.
-static void RaiseHeights(const ElementRec& element, std::vector<std::int32_t>& heights) {
-    std::int32_t lowest = std::numeric_limits<std::int32_t>::max();
-    for (const std::int32_t node : element.nodes) {
-        if (node > 0) lowest = std::min(lowest, node);
-    }
-    for (const std::int32_t node : element.nodes) {
-        if (node > 0) heights[IndexOf(node)] = std::max(heights[IndexOf(node)], node - lowest + 1);
-    }
-}
-
-int BuildSkylineProfile() {
-    std::vector<std::int32_t>& ptr = model.SkylineColumnPtr;
-    std::ranges::fill(ptr, 0);
-    for (std::int32_t number = 1; number <= model.elementCount; ++number) {
-        RaiseHeights(model.elements[IndexOf(number)], ptr);
-    }
-    // A node in no element has height 0 and takes the position of the column before it; -1 where there is none.
-    std::int64_t position = -1;
-    for (std::int32_t& entry : ptr) {
-        position += entry;
-        if (position >= std::numeric_limits<std::int32_t>::max()) return ShowError(1138);
-        entry = static_cast<std::int32_t>(position);
-    }
-    return 1;
-}
-
-std::size_t SkylineLength() {
-    return model.SkylineColumnPtr.empty() ? 0 : static_cast<std::size_t>(model.SkylineColumnPtr.back() + 1);
-}
-
-// ---------------------------------------------------------------------------------------------------------------------
-// Elimination and solution
-
 namespace {
 
-// The system of one call, with the right-hand side in f64.
-struct System {
-    double* store;
-    const std::int32_t* code;
-    const std::int32_t* ptr;
-    Index n;
-    std::vector<double> right;  // owns w
-    double* w;
+std::size_t Equations() { return model.EquationCode.size(); }
+std::size_t StripCount() { return (Equations() + stripWidth - 1) / stripWidth; }
+std::size_t GroupCount() { return StripCount() * groupsPerStrip; }
 
-    [[nodiscard]] bool Inactive(Index i) const { return code[i] == equationInactive; }
-    [[nodiscard]] Index FirstRow(Index j) const { return j == 0 ? 0 : ptr[j - 1] - ptr[j] + j + 1; }
-    [[nodiscard]] double& Entry(Index i, Index j) const { return store[ptr[j] - j + i]; }
-};
-
-[[nodiscard]] int MakeSystem(System& s, std::span<double> store, std::span<const float> rhs,
-                             std::span<const std::int32_t> code, std::span<const std::int32_t> ptr) {
-    s.store = store.data();
-    s.code = code.data();
-    s.ptr = ptr.data();
-    s.n = static_cast<Index>(ptr.size());
-    if (!MakeTable(s.right, ptr.size())) return 0;
-    std::ranges::transform(rhs, s.right.begin(), [](float value) { return static_cast<double>(value); });
-    s.w = s.right.data();
-    return 1;
+std::int64_t FirstRow(std::size_t j) {
+    const SystemMatrix& m = model.system;
+    const std::int64_t start = m.columnStart[j];
+    return start < m.columnStart[j + 1] ? m.row[static_cast<std::size_t>(start)] : static_cast<std::int64_t>(j);
 }
 
-void StoreResult(const System& s, std::span<float> rhs) { std::ranges::transform(s.right, rhs.begin(), Narrow); }
-
-// Takes the prescribed value w(from) times the coupling to the right-hand side of a free equation, and cuts the
-// coupling.
-void MoveAcross(System& s, double& coupling, Index from, Index to) {
-    if (s.code[to] != equationPrescribed) s.w[to] -= coupling * s.w[from];
-    coupling = 0;
+// First row that the columns of a strip hold, as a multiple of eight.
+std::int64_t TopOfStrip(std::size_t strip) {
+    const std::size_t first = strip * stripWidth;
+    auto top = static_cast<std::int64_t>(first);
+    for (std::size_t j = first; j < std::min(first + stripWidth, Equations()); ++j) top = std::min(top, FirstRow(j));
+    return top / 8 * 8;
 }
 
-// Cuts the couplings of column j that touch a prescribed equation. Column after column, every free equation gets its
-// terms in rising order of the prescribed ones.
-void CutColumn(System& s, Index j) {
-    const bool prescribed = s.code[j] == equationPrescribed;
-    for (Index i = s.FirstRow(j); i < j; ++i) {
-        if (s.code[i] == equationPrescribed) {
-            MoveAcross(s, s.Entry(i, j), i, j);
-        } else if (prescribed && !s.Inactive(i)) {
-            MoveAcross(s, s.Entry(i, j), j, i);
-        }
-    }
-    if (prescribed) s.Entry(j, j) = 1.0;
-}
-
-// Sum of a[k] b[k] in four interleaved partial sums, which the compiler keeps in vector registers.
-double InnerProduct(const double* a, const double* b, Index count) {
-    double s0 = 0;
-    double s1 = 0;
-    double s2 = 0;
-    double s3 = 0;
-    Index k = 0;
-    for (; k + 4 <= count; k += 4) {
-        s0 += a[k] * b[k];
-        s1 += a[k + 1] * b[k + 1];
-        s2 += a[k + 2] * b[k + 2];
-        s3 += a[k + 3] * b[k + 3];
-    }
-    double sum = (s0 + s2) + (s1 + s3);
-    for (; k < count; ++k) sum += a[k] * b[k];
-    return sum;
-}
-
-// Reduces column j by the columns before it.
-void ReduceColumn(System& s, Index j) {
-    const Index first = s.FirstRow(j);
-    for (Index i = first + 1; i < j; ++i) {
-        if (s.Inactive(i)) continue;
-        const Index low = std::max(s.FirstRow(i), first);
-        s.Entry(i, j) -= InnerProduct(&s.Entry(low, i), &s.Entry(low, j), i - low);
-    }
-}
-
-// Divides column j by the pivots above it, and reduces its diagonal and its right-hand side.
-void DivideColumn(System& s, Index j) {
-    for (Index i = s.FirstRow(j); i < j; ++i) {
-        if (s.Inactive(i)) continue;
-        const double pivot = s.Entry(i, i);
-        const double factor = s.Entry(i, j) / pivot;
-        s.Entry(i, j) = factor;
-        s.Entry(j, j) -= factor * factor * pivot;
-        s.w[j] -= factor * s.w[i];
-    }
-}
-
-constexpr double smallestPivot = 1e-20;
-
-[[nodiscard]] int Factorise(System& s) {
-    if (!s.Inactive(0) && std::abs(s.store[0]) < smallestPivot) return ShowError(1170);
-    for (Index j = 1; j < s.n; ++j) {
-        if (!IsRunning()) return 0;
-        if (s.Inactive(j)) continue;
-        if (std::abs(s.Entry(j, j)) <= smallestPivot) return ShowError(1171);
-        ReduceColumn(s, j);
-        DivideColumn(s, j);
-    }
-    return IsRunning();
-}
-
-[[nodiscard]] int BackSubstitute(System& s) {
-    for (Index i = 0; i < s.n; ++i) {
-        if (!s.Inactive(i)) s.w[i] /= s.Entry(i, i);
-    }
-    for (Index j = s.n - 1; j >= 1; --j) {
-        if (!IsRunning()) return 0;
-        if (s.Inactive(j)) continue;
-        for (Index i = s.FirstRow(j); i < j; ++i) {
-            if (!s.Inactive(i)) s.w[i] -= s.Entry(i, j) * s.w[j];
-        }
-    }
-    return 1;
+std::int64_t RowsOfGroup(std::size_t group, std::int64_t top) {
+    return static_cast<std::int64_t>((group + 1) * groupWidth) - top;
 }
 
 }  // namespace
 
-int EliminateFixedDouble(std::span<double> store, std::span<float> rhs, std::span<const std::int32_t> code,
-                         std::span<const std::int32_t> ptr) {
-    System s;
-    if (!MakeSystem(s, store, rhs, code, ptr)) return 0;
-    for (Index j = 0; j < s.n; ++j) {
-        if (!IsRunning()) return 0;
-        if (!s.Inactive(j)) CutColumn(s, j);
+int BuildSkylineProfile() {
+    SkylineProfile& profile = model.skyline;
+    if (!MakeTable(profile.top, GroupCount()) || !MakeTable(profile.start, GroupCount() + 1)) return 0;
+    if (!MakeTable(model.SkylineColumnPtr, Equations())) return 0;
+    for (std::size_t group = 0; group < GroupCount(); ++group) {
+        const bool first = group % groupsPerStrip == 0;
+        profile.top[group] = first ? TopOfStrip(group / groupsPerStrip) : profile.top[group - 1];
+        const std::int64_t rows = RowsOfGroup(group, profile.top[group]);
+        profile.start[group + 1] = profile.start[group] + rows * static_cast<std::int64_t>(groupWidth);
     }
-    StoreResult(s, rhs);
+    for (std::size_t j = 0; j < Equations(); ++j) {
+        const std::size_t group = j / groupWidth;
+        const std::int64_t above = static_cast<std::int64_t>(j) - profile.top[group];
+        model.SkylineColumnPtr[j] = profile.start[group] + above * 8 + static_cast<std::int64_t>(j % groupWidth);
+    }
     return 1;
 }
 
-int SolveSkylineDouble(std::span<double> store, std::span<float> rhs, std::span<const std::int32_t> code,
-                       std::span<const std::int32_t> ptr) {
-    System s;
-    if (!MakeSystem(s, store, rhs, code, ptr)) return 0;
-    if (s.n == 0) return 1;
-    if (!Factorise(s) || !BackSubstitute(s)) return 0;
-    StoreResult(s, rhs);
+SkylineCost CostOfSkyline() {
+    SkylineCost cost;
+    for (std::size_t group = 0; group < GroupCount(); ++group) {
+        const auto rows = static_cast<double>(RowsOfGroup(group, model.skyline.top[group]));
+        cost.entries += rows * static_cast<double>(groupWidth);
+        cost.operations += rows * rows * static_cast<double>(groupWidth);
+    }
+    return cost;
+}
+
+int MakeSkylineStore() {
+    return MakeTable(model.SkylineStore, static_cast<std::size_t>(model.skyline.start.back())) &&
+           MakeTable(model.skyline.reciprocal, GroupCount() * groupWidth);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Factorisation
+
+namespace {
+
+// Copies the columns of a strip. A prescribed or inactive equation keeps nothing but 1 on its diagonal.
+void LoadStrip(std::size_t strip) {
+    const SystemMatrix& m = model.system;
+    const SkylineProfile& profile = model.skyline;
+    double* const store = model.SkylineStore.data();
+    const std::size_t group = strip * groupsPerStrip;
+    std::fill(store + profile.start[group], store + profile.start[group + groupsPerStrip], 0.0);
+    for (std::size_t j = strip * stripWidth; j < (strip + 1) * stripWidth; ++j) {
+        const std::size_t own = j / groupWidth;
+        double* const column = store + profile.start[own] + j % groupWidth;
+        const auto at = [&](std::int64_t row) -> double& { return column[(row - profile.top[own]) * 8]; };
+        const bool isFree = j < Equations() && model.EquationCode[j] == equationFree;
+        if (!isFree) {
+            at(static_cast<std::int64_t>(j)) = 1.0;
+            continue;
+        }
+        for (auto p = m.columnStart[j]; p < m.columnStart[j + 1]; ++p) {
+            const std::int32_t i = m.row[static_cast<std::size_t>(p)];
+            if (model.EquationCode[static_cast<std::size_t>(i)] == equationFree) {
+                at(i) = m.value[static_cast<std::size_t>(p)];
+            }
+        }
+    }
+}
+
+void AwaitGroup(const std::uint32_t* ready, std::uint32_t wanted) {
+    for (Patience patience; __atomic_load_n(ready, __ATOMIC_ACQUIRE) < wanted;) patience.Wait();
+}
+
+std::int64_t HighestGroup() {
+    std::int64_t rows = 0;
+    for (std::size_t g = 0; g < GroupCount(); ++g) rows = std::max(rows, RowsOfGroup(g, model.skyline.top[g]));
+    return rows;
+}
+
+}  // namespace
+
+int FactorSkyline() {
+    const SkylineProfile& profile = model.skyline;
+    std::vector<ColumnGroup> groups;
+    LargeTable<double> scratch;
+    const std::size_t scratchOfStrip = static_cast<std::size_t>(HighestGroup()) * groupWidth;
+    constexpr std::size_t strips = 64;  // more threads than that would share their scratch
+    if (!MakeTable(groups, GroupCount()) || !MakeTable(scratch, scratchOfStrip * strips)) return 0;
+    for (std::size_t g = 0; g < GroupCount(); ++g) {
+        groups[g] = {model.SkylineStore.data() + profile.start[g], profile.top[g]};
+    }
+    std::uint32_t ready = 0;
+    const DenseSystem system{groups.data(),
+                             GroupCount(),
+                             static_cast<std::int64_t>(GroupCount() * groupWidth),
+                             model.skyline.reciprocal.data(),
+                             &ready,
+                             AwaitGroup};
+    const DenseKernels& kernels = ChosenDenseKernels();
+    // After a Stop the strips that are left are only counted as ready, so that nobody waits for them.
+    RunTasks(StripCount(), [&](std::size_t strip) {
+        const std::size_t group = strip * groupsPerStrip;
+        if (IsRunning()) {
+            LoadStrip(strip);
+            kernels.factorStrip(system, group, groupsPerStrip, scratch.data() + strip % strips * scratchOfStrip);
+        } else {
+            AwaitGroup(&ready, static_cast<std::uint32_t>(group));
+            __atomic_store_n(&ready, static_cast<std::uint32_t>(group + groupsPerStrip), __ATOMIC_RELEASE);
+        }
+    });
+    return IsRunning();
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Solution
+
+int SolveSkylineDouble(std::span<float> rhs) {
+    const SkylineProfile& profile = model.skyline;
+    const double* const store = model.SkylineStore.data();
+    const DenseKernels& kernels = ChosenDenseKernels();
+    LargeTable<double> table;
+    if (!MakeTable(table, GroupCount() * groupWidth)) return 0;
+    double* const w = table.data();
+    std::fill(table.begin(), table.end(), 0.0);
+    for (std::size_t i = 0; i < rhs.size(); ++i) {
+        w[i] = model.EquationCode[i] == equationInactive ? 0.0 : static_cast<double>(rhs[i]);
+    }
+    const auto square = [&](std::size_t g) { return store + profile.start[g + 1] - groupWidth * groupWidth; };
+    for (std::size_t g = 0; g < GroupCount(); ++g) {
+        if (!IsRunning()) return 0;
+        double* const own = w + g * groupWidth;
+        const auto above = static_cast<std::size_t>(RowsOfGroup(g, profile.top[g])) - groupWidth;
+        kernels.forward(store + profile.start[g], above, w + profile.top[g], own);
+        SolveForwardInSquare(square(g), own);
+    }
+    for (std::size_t j = 0; j < GroupCount() * groupWidth; ++j) w[j] *= profile.reciprocal[j];
+    for (std::size_t g = GroupCount(); g-- > 0;) {
+        if (!IsRunning()) return 0;
+        double* const own = w + g * groupWidth;
+        const auto above = static_cast<std::size_t>(RowsOfGroup(g, profile.top[g])) - groupWidth;
+        SolveBackwardInSquare(square(g), own);
+        kernels.backward(store + profile.start[g], above, 1, 0, own, w + profile.top[g]);
+    }
+    for (std::size_t i = 0; i < rhs.size(); ++i) {
+        if (model.EquationCode[i] != equationInactive) rhs[i] = Narrow(w[i]);
+    }
     return 1;
 }
 

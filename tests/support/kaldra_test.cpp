@@ -12,6 +12,7 @@
 #include "convergence/convergence_file.h"
 #include "convergence/convergence_monitor.h"
 #include "convergence/graph_memory.h"
+#include "element/element_batches.h"
 #include "frontend/commands.h"
 #include "model/data_file.h"
 #include "model/function_setup.h"
@@ -138,7 +139,8 @@ bool KaldraTest::Prepare(const Problem& problem) {
     const auto points = static_cast<std::size_t>(model.pointTotal);
     runState.running = 1;
     return MakeTable(model.PointResults, 5 * points) && MakeTable(model.SlopeFloor, points) &&
-           MakeTable(model.PhaseState, points) && MakeTable(model.SolutionVector, model.nodes.size());
+           MakeTable(model.PhaseState, points) && MakeTable(model.SolutionVector, model.nodes.size()) &&
+           BuildElementBatches();
 }
 
 bool KaldraTest::WaitForPost() {

@@ -1,0 +1,437 @@
+// The batch kernels in vectors of eight lanes; included once per processor, with KALDRA_KERNELS naming the table.
+//
+// NOLINTBEGIN: no include guard, on purpose.
+#include "element/batch_kernels.h"
+
+namespace kaldra {
+namespace {
+
+using Real8 = float __attribute__((vector_size(32)));
+using Wide8 = double __attribute__((vector_size(64)));
+using Mask8 = std::int32_t __attribute__((vector_size(32)));
+using WideMask8 = std::int64_t __attribute__((vector_size(64)));
+
+constexpr std::size_t lanes = 8;
+constexpr std::size_t mostSlots = 8;
+constexpr std::size_t mostPoints = 9;
+
+#define KALDRA_INLINE inline __attribute__((always_inline))
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Lanes
+
+KALDRA_INLINE Wide8 Widen(Real8 v) { return __builtin_convertvector(v, Wide8); }
+KALDRA_INLINE Real8 Narrow8(Wide8 v) { return __builtin_convertvector(v, Real8); }
+KALDRA_INLINE Real8 All(float v) { return Real8{} + v; }
+KALDRA_INLINE Wide8 AllWide(double v) { return Wide8{} + v; }
+
+KALDRA_INLINE bool Any(Mask8 m) {
+    const auto bits = (m[0] | m[1]) | (m[2] | m[3]) | (m[4] | m[5]) | (m[6] | m[7]);
+    return bits != 0;
+}
+
+KALDRA_INLINE Real8 LoadReal(const float* p) {
+    Real8 v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
+}
+
+KALDRA_INLINE void StoreReal(float* p, Real8 v) { __builtin_memcpy(p, &v, sizeof v); }
+
+// One value per lane, from `base + at[lane]`.
+template <class Index>
+KALDRA_INLINE Real8 Collect(const float* base, const Index* at) {
+    return Real8{base[at[0]], base[at[1]], base[at[2]], base[at[3]],
+                 base[at[4]], base[at[5]], base[at[6]], base[at[7]]};
+}
+
+KALDRA_INLINE Wide8 Magnitude(Wide8 v) {
+    const WideMask8 noSign = WideMask8{} + 0x7fffffffffffffffLL;
+    return reinterpret_cast<Wide8>(reinterpret_cast<WideMask8>(v) & noSign);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Functions
+
+// The interval of each lane, as vectors.
+struct Intervals8 {
+    Wide8 a, b, half, twoByCube, oneBySquare, oneByNarrowedSquare, ya, ma, yb, mb;
+};
+
+KALDRA_INLINE std::size_t SearchInterval(const LaneFunction& f, float x) {
+    std::size_t low = 0;
+    std::size_t count = f.intervals;  // the interval is one of low .. low + count - 1
+    while (count > 1) {
+        const std::size_t upper = count / 2;
+        low += f.x[low + upper] <= x ? upper : 0;
+        count -= upper;
+    }
+    return low;
+}
+
+// Sets x back into the range of the function, and finds the intervals. `hint` is the interval of the last call: mostly
+// all lanes lie in it.
+KALDRA_INLINE Intervals8 FindIntervals(const LaneFunction& f, Real8& x, std::size_t& hint) {
+    const float first = f.x[0];
+    const float last = f.x[f.intervals];
+    x = x <= All(first) ? All(first) : x;
+    x = All(last) <= x ? All(last) : x;
+    const bool isLast = hint + 1 == f.intervals;
+    const auto within = (x >= All(f.x[hint])) & ((x < All(f.x[hint + 1])) | (Mask8{} - (isLast ? 1 : 0)));
+    Intervals8 at;
+    if (!Any(~within)) {
+        const LaneInterval& i = f.interval[hint];
+        at = {AllWide(i.a),         AllWide(i.b),           AllWide(i.half),
+              AllWide(i.twoByCube), AllWide(i.oneBySquare), AllWide(i.oneByNarrowedSquare),
+              AllWide(i.ya),        AllWide(i.ma),          AllWide(i.yb),
+              AllWide(i.mb)};
+        return at;
+    }
+    for (std::size_t lane = 0; lane < lanes; ++lane) {
+        hint = SearchInterval(f, x[lane]);
+        const LaneInterval& i = f.interval[hint];
+        at.a[lane] = i.a;
+        at.b[lane] = i.b;
+        at.half[lane] = i.half;
+        at.twoByCube[lane] = i.twoByCube;
+        at.oneBySquare[lane] = i.oneBySquare;
+        at.oneByNarrowedSquare[lane] = i.oneByNarrowedSquare;
+        at.ya[lane] = i.ya;
+        at.ma[lane] = i.ma;
+        at.yb[lane] = i.yb;
+        at.mb[lane] = i.mb;
+    }
+    return at;
+}
+
+KALDRA_INLINE Real8 ValueOf(const LaneFunction& f, Real8 x, std::size_t& hint) {
+    if (f.constant) return Narrow8(AllWide(f.value));
+    const Intervals8 i = FindIntervals(f, x, hint);
+    const Wide8 at = Widen(x);
+    const Wide8 u = Widen(Narrow8(at - i.a));
+    const Wide8 v = Widen(Narrow8(at - i.b));
+    const Wide8 Pa = i.twoByCube * (i.half + u) * (v * v);
+    const Wide8 Qa = i.oneBySquare * u * (v * v);
+    const Wide8 Pb = -i.twoByCube * (v - i.half) * (u * u);
+    const Wide8 Qb = i.oneBySquare * v * (u * u);
+    return Narrow8((Qa * i.ma + Pa * i.ya) + (Qb * i.mb + Pb * i.yb));
+}
+
+KALDRA_INLINE Real8 SlopeOf(const LaneFunction& f, Real8 x, std::size_t& hint) {
+    if (f.intervals == 0) return Real8{};
+    const Intervals8 i = FindIntervals(f, x, hint);
+    const Wide8 at = Widen(x);
+    const Wide8 u = Widen(Narrow8(at - i.a));
+    const Wide8 v = Widen(Narrow8(at - i.b));
+    const Wide8 two = AllWide(2);
+    const Wide8 dPa = i.twoByCube * (two * (i.half + u) + v) * v;
+    const Wide8 dQa = i.oneByNarrowedSquare * (two * u + v) * v;
+    const Wide8 dPb = -i.twoByCube * (two * (v - i.half) + u) * u;
+    const Wide8 dQb = i.oneByNarrowedSquare * (two * v + u) * u;
+    return Narrow8((dQa * i.ma + dPa * i.ya) + (dQb * i.mb + dPb * i.yb));
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Values at the points
+
+// Nodal temperatures of a batch, widened: at the slots, one vector each.
+struct SlotTemperatures8 {
+    Wide8 present[mostSlots];
+    Wide8 old[mostSlots];
+};
+
+template <std::size_t M>
+KALDRA_INLINE std::size_t SlotsOf(const LaneBatch& batch) {
+    return M != 0 ? M : batch.slots;
+}
+
+template <std::size_t M>
+KALDRA_INLINE void CollectTemperatures(const LaneTables& tables, const LaneBatch& batch, SlotTemperatures8& at) {
+    const std::size_t m = SlotsOf<M>(batch);
+    for (std::size_t slot = 0; slot < m; ++slot) {
+        const std::int32_t* const node = batch.nodes + slot * lanes;
+        std::size_t place[lanes];
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            place[lane] = static_cast<std::size_t>(node[lane]) * tables.nodeStride;
+        }
+        at.present[slot] = Widen(Collect(tables.temperature, place));
+        at.old[slot] = Widen(Collect(tables.temperature + 1, place));
+    }
+}
+
+template <std::size_t M>
+KALDRA_INLINE Wide8 AtPoint(const LaneBatch& batch, const Wide8* slotValues, std::size_t point) {
+    const std::size_t m = SlotsOf<M>(batch);
+    Wide8 sum{};
+    for (std::size_t slot = 0; slot < m; ++slot) {
+        sum += AllWide(static_cast<double>(batch.N[point][slot])) * slotValues[slot];
+    }
+    return sum;
+}
+
+// Where the runs of PointResults of each lane begin, and the steps between them.
+struct Record8 {
+    std::int64_t run[lanes];  // of the first run
+    std::int64_t points;
+};
+
+KALDRA_INLINE Record8 RecordOf(const LaneBatch& batch) {
+    Record8 record;
+    for (std::size_t lane = 0; lane < lanes; ++lane) record.run[lane] = 5 * batch.firstPoint[lane];
+    record.points = static_cast<std::int64_t>(batch.points);
+    return record;
+}
+
+enum Run : std::int64_t { runConductivity, runTemperature, runWater, runSlope, runCapacity };
+
+KALDRA_INLINE Real8 ReadRecord(const LaneTables& tables, const Record8& record, Run run, std::size_t point) {
+    return Collect(tables.results + (run * record.points + static_cast<std::int64_t>(point)), record.run);
+}
+
+KALDRA_INLINE void WriteRecord(const LaneTables& tables, const Record8& record, Run run, std::size_t point, Real8 v) {
+    float* const base = tables.results + (run * record.points + static_cast<std::int64_t>(point));
+    for (std::size_t lane = 0; lane < lanes; ++lane) base[record.run[lane]] = v[lane];
+}
+
+KALDRA_INLINE Real8 HeldToOne(Real8 v) {
+    const Real8 one = All(1);
+    return v < Real8{} ? Real8{} : one < v ? one : v;
+}
+
+// The slope of the water content that these lanes ask for; 0 where they take no latent heat.
+KALDRA_INLINE Real8 WaterSlope8(const LaneSettings& set, Real8 present, Real8 old, Real8 presentPart, Mask8 takes,
+                                LaneHints& hints) {
+    const Real8 oldPart = HeldToOne(ValueOf(set.water, old, hints.oldWater));
+    const Wide8 difference = Widen(present) - Widen(old);
+    const Wide8 magnitude = (Magnitude(Widen(old)) + Magnitude(Widen(present))) * AllWide(0.5);
+    const auto far = __builtin_convertvector(Magnitude(difference) / magnitude > AllWide(0.01), Mask8);
+    const Real8 secant = Narrow8((Widen(presentPart) - Widen(oldPart)) / difference);
+    Real8 slope = secant;
+    if (Any(takes & ~far)) {
+        const Real8 mean = Narrow8((Widen(old) + Widen(present)) * AllWide(0.5));
+        const Real8 tangent = SlopeOf(set.water, mean, hints.water);
+        slope = far ? secant : tangent;
+    }
+    return takes ? slope : Real8{};
+}
+
+// Heat capacity at one point of every lane, recorded; gives whether it has changed.
+KALDRA_INLINE bool EvaluateCapacity(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& set,
+                                    const Record8& record, std::size_t point, Real8 present, Real8 old,
+                                    LaneHints& hints) {
+    const Real8 presentPart = HeldToOne(ValueOf(set.water, present, hints.water));
+    Mask8 takes = present != old;
+    Real8 floor;
+    for (std::size_t lane = 0; lane < lanes; ++lane) {
+        const std::size_t p = static_cast<std::size_t>(batch.firstPoint[lane]) + point;
+        floor[lane] = tables.floor[p];
+        if (!set.allPointsOpen && tables.phase[p] == 0) takes[lane] = 0;
+    }
+    Real8 slope{};
+    if (Any(takes)) slope = WaterSlope8(set, present, old, presentPart, takes, hints);
+    const Mask8 grows = slope > floor;
+    if (Any(grows)) {
+        floor = grows ? slope : floor;
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            tables.floor[static_cast<std::size_t>(batch.firstPoint[lane]) + point] = floor[lane];
+        }
+    }
+    slope = floor;
+
+    const Wide8 latentOfSlope =
+        AllWide(static_cast<double>(set.latentHeat)) * Widen(slope) * AllWide(static_cast<double>(set.waterContent));
+    const auto counts = __builtin_convertvector(slope > All(1e-10F), WideMask8);
+    const Wide8 latent = counts ? latentOfSlope : Wide8{};
+    const Real8 dry = old <= All(set.freezingPoint) ? All(set.frozenHeatCapacity) : All(set.unfrozenHeatCapacity);
+    const Real8 capacity = Narrow8(latent + Widen(dry));
+
+    const Mask8 changed =
+        reinterpret_cast<Mask8>(capacity) != reinterpret_cast<Mask8>(ReadRecord(tables, record, runCapacity, point));
+    WriteRecord(tables, record, runWater, point, presentPart * All(set.waterContent));
+    WriteRecord(tables, record, runSlope, point, slope * All(set.waterContent));
+    WriteRecord(tables, record, runCapacity, point, capacity);
+    return Any(changed);
+}
+
+template <std::size_t M>
+bool EvaluateBatch(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& set, LaneHints& hints) {
+    SlotTemperatures8 nodal;
+    CollectTemperatures<M>(tables, batch, nodal);
+    const Record8 record = RecordOf(batch);
+    bool changed = false;
+    for (std::size_t point = 0; point < batch.points; ++point) {
+        const Real8 present = Narrow8(AtPoint<M>(batch, nodal.present, point));
+        Wide8 oldWide{};
+        if (set.transient) oldWide = AtPoint<M>(batch, nodal.old, point);
+        if (!set.conductivityHolds) {
+            Real8 at = present;
+            if (set.transient) at = Narrow8((oldWide + Widen(present)) * AllWide(0.5));
+            const Real8 k = ValueOf(set.conductivity, at, hints.conductivity);
+            const Mask8 differs = reinterpret_cast<Mask8>(k) !=
+                                  reinterpret_cast<Mask8>(ReadRecord(tables, record, runConductivity, point));
+            if (Any(differs)) {
+                changed = true;
+                WriteRecord(tables, record, runConductivity, point, k);
+            }
+        }
+        WriteRecord(tables, record, runTemperature, point, present);
+        if (!set.transient) continue;
+        const Real8 old = Narrow8(oldWide);
+        if (EvaluateCapacity(tables, batch, set, record, point, present, old, hints)) changed = true;
+    }
+    return changed;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Matrices
+
+template <std::size_t M>
+KALDRA_INLINE void AddConduction8(const LaneBatch& batch, const LaneSettings& set, const float* shape, Real8 k,
+                                  Real8* K) {
+    const std::size_t m = SlotsOf<M>(batch);
+    const Real8 k2 = All(set.conductivityRatio) * k;
+    const Real8 weight = LoadReal(shape + 2 * m * lanes);
+    const Real8 depth = LoadReal(shape + (2 * m + 1) * lanes);
+    Real8 flux1[mostSlots];
+    Wide8 flux2[mostSlots];
+    for (std::size_t j = 0; j < m; ++j) {
+        flux1[j] = k * LoadReal(shape + j * lanes);
+        flux2[j] = Widen(k2 * LoadReal(shape + (m + j) * lanes));
+    }
+    for (std::size_t i = 0; i < m; ++i) {
+        const Real8 byX = LoadReal(shape + i * lanes);
+        const Wide8 byY = Widen(LoadReal(shape + (m + i) * lanes));
+        for (std::size_t j = 0; j < m; ++j) {
+            const Real8 product = Narrow8(Widen(byX * flux1[j]) + byY * flux2[j]);
+            K[i * m + j] += product * weight * depth;
+        }
+    }
+}
+
+// Adds the capacity of one point to the upper triangle of Cap.
+template <std::size_t M>
+KALDRA_INLINE void AddCapacity8(const LaneBatch& batch, std::size_t point, const float* shape, Real8 capacity,
+                                Real8* Cap) {
+    const std::size_t m = SlotsOf<M>(batch);
+    const Real8 weight = LoadReal(shape + 2 * m * lanes);
+    const Real8 depth = LoadReal(shape + (2 * m + 1) * lanes);
+    const float* const N = batch.N[point];
+    for (std::size_t i = 0; i < m; ++i) {
+        for (std::size_t j = i; j < m; ++j) Cap[i * m + j] += All(N[i] * N[j]) * weight * depth * capacity;
+    }
+}
+
+template <std::size_t M>
+KALDRA_INLINE const float* ShapeOf(const LaneBatch& batch, std::size_t point) {
+    return batch.shapes + point * (2 * SlotsOf<M>(batch) + 2) * lanes;
+}
+
+template <std::size_t M>
+KALDRA_INLINE void SumCapacity(const LaneTables& tables, const LaneBatch& batch, Real8* Cap) {
+    const Record8 record = RecordOf(batch);
+    for (std::size_t point = 0; point < batch.points; ++point) {
+        AddCapacity8<M>(batch, point, ShapeOf<M>(batch, point), ReadRecord(tables, record, runCapacity, point), Cap);
+    }
+}
+
+template <std::size_t M>
+void FormBatch(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& set, float* entries) {
+    const std::size_t m = SlotsOf<M>(batch);
+    Real8 K[M != 0 ? M * M : mostSlots * mostSlots]{};
+    const Record8 record = RecordOf(batch);
+    for (std::size_t point = 0; point < batch.points; ++point) {
+        AddConduction8<M>(batch, set, ShapeOf<M>(batch, point), ReadRecord(tables, record, runConductivity, point), K);
+    }
+    if (set.transient) {
+        Real8 Cap[M != 0 ? M * M : mostSlots * mostSlots]{};
+        SumCapacity<M>(tables, batch, Cap);
+        const Real8 increment = All(set.increment);
+        for (std::size_t i = 0; i < m; ++i) {
+            for (std::size_t j = 0; j < m; ++j) {
+                K[i * m + j] = K[i * m + j] * increment + Cap[i < j ? i * m + j : j * m + i];
+            }
+        }
+    }
+    for (std::size_t entry = 0; entry < m * m; ++entry) StoreReal(entries + entry * lanes, K[entry]);
+}
+
+template <std::size_t M>
+void LoadBatch(const LaneTables& tables, const LaneBatch& batch, const LaneSettings&, float* loads) {
+    const std::size_t m = SlotsOf<M>(batch);
+    Real8 Cap[M != 0 ? M * M : mostSlots * mostSlots]{};
+    SumCapacity<M>(tables, batch, Cap);
+    SlotTemperatures8 nodal;
+    CollectTemperatures<M>(tables, batch, nodal);
+    for (std::size_t i = 0; i < m; ++i) {
+        Real8 load{};
+        for (std::size_t j = 0; j < m; ++j) {
+            load = Narrow8(Widen(load) + Widen(Cap[i < j ? i * m + j : j * m + i]) * nodal.old[j]);
+        }
+        StoreReal(loads + i * lanes, load);
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Crossings of the freezing point
+
+KALDRA_INLINE unsigned BitsOf(Mask8 mask) {
+    unsigned bits = 0;
+    for (std::size_t lane = 0; lane < lanes; ++lane) bits |= (mask[lane] != 0 ? 1U : 0U) << lane;
+    return bits;
+}
+
+template <std::size_t M>
+void CrossBatch(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now,
+                std::uint16_t* crossed) {
+    SlotTemperatures8 nodal;
+    CollectTemperatures<M>(tables, batch, nodal);
+    const Real8 freezing = All(freezingPoint);
+    for (std::size_t point = 0; point < batch.points; ++point) {
+        const Real8 present = Narrow8(AtPoint<M>(batch, nodal.present, point));
+        const Real8 before = Narrow8(AtPoint<M>(batch, nodal.old, point));
+        const Mask8 thaws = (present > freezing) & (before < freezing);
+        const Mask8 freezes = (present < freezing) & (before > freezing);
+        crossed[point] = 0;
+        if (!Any(thaws | freezes)) continue;
+        StoreReal(now + point * lanes, present);
+        crossed[point] = static_cast<std::uint16_t>(BitsOf(thaws) | BitsOf(freezes) << 8U);
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// By the number of slots
+
+#define KALDRA_BY_SLOTS(procedure, ...)       \
+    switch (batch.slots) {                    \
+        case 3:                               \
+            return procedure<3>(__VA_ARGS__); \
+        case 4:                               \
+            return procedure<4>(__VA_ARGS__); \
+        case 8:                               \
+            return procedure<8>(__VA_ARGS__); \
+        default:                              \
+            return procedure<0>(__VA_ARGS__); \
+    }
+
+bool Evaluate(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, LaneHints& hints) {
+    KALDRA_BY_SLOTS(EvaluateBatch, tables, batch, settings, hints)
+}
+
+void Form(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, float* entries) {
+    KALDRA_BY_SLOTS(FormBatch, tables, batch, settings, entries)
+}
+
+void Load(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, float* loads) {
+    KALDRA_BY_SLOTS(LoadBatch, tables, batch, settings, loads)
+}
+
+void Cross(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now, std::uint16_t* crossed) {
+    KALDRA_BY_SLOTS(CrossBatch, tables, batch, freezingPoint, now, crossed)
+}
+
+}  // namespace
+
+const BatchKernels KALDRA_KERNELS{Evaluate, Form, Load, Cross};
+
+}  // namespace kaldra
+// NOLINTEND

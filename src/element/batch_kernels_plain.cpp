@@ -1,0 +1,2 @@
+#define KALDRA_KERNELS batchKernelsPlain
+#include "element/batch_kernels_body.h"

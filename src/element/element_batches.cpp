@@ -1,0 +1,409 @@
+#include "element/element_batches.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <limits>
+#include <mutex>
+
+#include "element/batch_kernels.h"
+#include "element/element_geometry.h"
+#include "element/element_matrices.h"
+#include "functions/function_value.h"
+#include "model/problem_model.h"
+#include "model/time_sequence.h"
+#include "platform/memory.h"
+#include "platform/parallel.h"
+#include "platform/processor.h"
+#include "run/messages.h"
+#include "run/run_state.h"
+
+namespace kaldra {
+
+const BatchKernels& ChosenBatchKernels() {
+#if defined(__x86_64__)
+    if (UsedProcessorLevel() == ProcessorLevel::Avx512) return batchKernelsAvx512;
+    if (UsedProcessorLevel() == ProcessorLevel::Avx2) return batchKernelsAvx2;
+#endif
+    return batchKernelsPlain;
+}
+
+namespace {
+
+std::size_t Elements() { return static_cast<std::size_t>(model.elementCount); }
+
+// An element that brings something to the matrix.
+bool HasPoints(std::size_t e) { return !IsNullElement(model.elements[e]) && PointCount(e) > 0; }
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Kinds and batches
+
+bool IsOfKind(const ElementKind& kind, std::size_t e) {
+    const ElementRec& element = model.elements[e];
+    if (kind.material != IndexOf(element.material) || kind.points != PointCount(e)) return false;
+    std::size_t used = 0;
+    for (std::size_t slot = 0; slot < slotCount; ++slot) {
+        if (element.nodes[slot] <= 0) continue;
+        if (used == kind.slots || kind.slot[used] != slot) return false;
+        ++used;
+    }
+    return used == kind.slots;
+}
+
+ElementKind KindOf(std::size_t e) {
+    const ElementRec& element = model.elements[e];
+    ElementKind kind;
+    kind.material = IndexOf(element.material);
+    kind.points = PointCount(e);
+    for (std::size_t slot = 0; slot < slotCount; ++slot) {
+        if (element.nodes[slot] > 0) kind.slot[kind.slots++] = static_cast<std::uint8_t>(slot);
+    }
+    RuleTable rule;
+    GetIntegrationRule(rule, kind.points);
+    for (std::size_t i = 0; i < kind.points; ++i) {
+        SlotValues N;
+        ShapeFunctions(N, rule[i].r, rule[i].s, element.nodes);
+        for (std::size_t j = 0; j < kind.slots; ++j) kind.N[i][j] = N[kind.slot[j]];
+    }
+    return kind;
+}
+
+// Finds the kind of every element with points; -1 for the others.
+[[nodiscard]] int SortIntoKinds(ElementBatches& b, std::vector<std::int32_t>& kindOfElement) {
+    if (!MakeTable(kindOfElement, Elements())) return 0;
+    std::size_t last = 0;
+    for (std::size_t e = 0; e < Elements(); ++e) {
+        kindOfElement[e] = -1;
+        if (!HasPoints(e)) continue;
+        const auto isKind = [e](const ElementKind& kind) { return IsOfKind(kind, e); };
+        if (last >= b.kinds.size() || !isKind(b.kinds[last])) {
+            last = static_cast<std::size_t>(std::ranges::find_if(b.kinds, isKind) - b.kinds.begin());
+            if (last == b.kinds.size() && !AppendRecord(b.kinds, KindOf(e))) return 0;
+        }
+        kindOfElement[e] = static_cast<std::int32_t>(last);
+        ++b.kinds[last].batchCount;  // elements, for now
+    }
+    return 1;
+}
+
+// Gives every kind its place in the tables, and makes them.
+[[nodiscard]] int MakeBatchTables(ElementBatches& b) {
+    std::size_t batches = 0;
+    std::size_t shapes = 0;
+    std::size_t entries = 0;
+    std::size_t loads = 0;
+    for (ElementKind& kind : b.kinds) {
+        kind.batchCount = (kind.batchCount + laneCount - 1) / laneCount;
+        kind.firstBatch = batches;
+        kind.firstShape = shapes;
+        kind.firstEntry = entries;
+        kind.firstLoad = loads;
+        batches += kind.batchCount;
+        shapes += kind.batchCount * kind.ShapesPerBatch();
+        entries += kind.batchCount * kind.EntriesPerBatch();
+        loads += kind.batchCount * kind.LoadsPerBatch();
+    }
+    if (entries > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) return ShowOutOfMemory();
+    return MakeTable(b.element, batches * laneCount) && MakeTable(b.laneInUse, batches) &&
+           MakeTable(b.kindOfBatch, batches) && MakeTable(b.nodes, loads) && MakeTable(b.shapes, shapes) &&
+           MakeTable(b.entries, entries) && MakeTable(b.loads, model.analysisType == transient ? loads : 0) &&
+           MakeTable(b.placeOfElement, Elements());
+}
+
+// Puts every element into the next free lane of its kind.
+[[nodiscard]] int FillLanes(ElementBatches& b, const std::vector<std::int32_t>& kindOfElement) {
+    std::vector<std::size_t> next;
+    if (!MakeTable(next, b.kinds.size())) return 0;
+    for (std::size_t k = 0; k < b.kinds.size(); ++k) next[k] = b.kinds[k].firstBatch * laneCount;
+    for (std::size_t e = 0; e < Elements(); ++e) {
+        b.placeOfElement[e] = -1;
+        if (kindOfElement[e] < 0) continue;
+        const auto k = static_cast<std::size_t>(kindOfElement[e]);
+        const std::size_t place = next[k]++;
+        b.placeOfElement[e] = static_cast<std::int64_t>(place);
+        b.kindOfBatch[place / laneCount] = k;
+        ++b.laneInUse[place / laneCount];
+        b.element[place] = static_cast<std::int32_t>(e);
+    }
+    for (std::size_t k = 0; k < b.kinds.size(); ++k) {
+        for (std::size_t place = next[k]; place % laneCount != 0; ++place) b.element[place] = b.element[place - 1];
+    }
+    return 1;
+}
+
+std::size_t BatchInKind(const ElementKind& kind, std::size_t batch) { return batch - kind.firstBatch; }
+
+void FillNodes(ElementBatches& b, std::size_t batch) {
+    const ElementKind& kind = b.kinds[b.kindOfBatch[batch]];
+    std::int32_t* const nodes = b.nodes.data() + kind.firstLoad + BatchInKind(kind, batch) * kind.LoadsPerBatch();
+    for (std::size_t lane = 0; lane < laneCount; ++lane) {
+        const ElementRec& element = model.elements[static_cast<std::size_t>(b.element[batch * laneCount + lane])];
+        for (std::size_t j = 0; j < kind.slots; ++j) nodes[j * laneCount + lane] = element.nodes[kind.slot[j]] - 1;
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Geometry
+
+using KindShapes = std::array<PointGeometry, largestRule>;  // N and dN of a kind's points
+
+// Geometry of one lane. False where the element has no area.
+[[nodiscard]] bool FillShape(const ElementKind& kind, const KindShapes& kindShapes, std::size_t e, float* shapes) {
+    const ElementRec& element = model.elements[e];
+    ElementCoordinates xy;
+    RuleTable rule;
+    GetElementCoordinates(e, xy);
+    GetIntegrationRule(rule, kind.points);
+    for (std::size_t i = 0; i < kind.points; ++i) {
+        PointGeometry at = kindShapes[i];
+        if (!ComputePointMapping(element, xy, rule[i], at)) return false;
+        SlotGradients B;
+        GlobalDerivatives(B, at.inverse, at.dN);
+        float* const shape = shapes + i * (2 * kind.slots + 2) * laneCount;
+        for (std::size_t j = 0; j < kind.slots; ++j) {
+            shape[j * laneCount] = B[kind.slot[j]];
+            shape[(kind.slots + j) * laneCount] = B[slotCount + kind.slot[j]];
+        }
+        shape[2 * kind.slots * laneCount] = WeightOfPoint(rule[i], at.determinant);
+        shape[(2 * kind.slots + 1) * laneCount] = DepthAtPoint(element, xy, at);
+    }
+    return true;
+}
+
+bool LacksWaterContent(const ElementKind& kind) {
+    return model.analysisType == transient && model.materials[kind.material].waterContentFunction == 0;
+}
+
+// Geometry of a batch. Gives the index of its first faulty element, or the number of elements.
+std::size_t FillShapes(ElementBatches& b, const KindShapes& kindShapes, std::size_t batch) {
+    const ElementKind& kind = b.kinds[b.kindOfBatch[batch]];
+    float* const shapes = b.shapes.data() + kind.firstShape + BatchInKind(kind, batch) * kind.ShapesPerBatch();
+    std::size_t faulty = Elements();
+    for (std::size_t lane = 0; lane < laneCount; ++lane) {
+        const auto e = static_cast<std::size_t>(b.element[batch * laneCount + lane]);
+        const bool sound = FillShape(kind, kindShapes, e, shapes + lane) && !LacksWaterContent(kind);
+        if (!sound) faulty = std::min(faulty, e);
+    }
+    return faulty;
+}
+
+KindShapes ShapesOf(const ElementKind& kind, const ElementRec& element) {
+    KindShapes shapes;
+    RuleTable rule;
+    GetIntegrationRule(rule, kind.points);
+    for (std::size_t i = 0; i < kind.points; ++i) ComputePointShape(element, rule[i], shapes[i]);
+    return shapes;
+}
+
+constexpr std::size_t batchesPerTask = 64;
+
+// Runs work(first, end) over the batches of one kind, and stops early when Stop was pressed.
+template <class Work>
+void OverBatches(const ElementKind& kind, const Work& work) {
+    RunChunks(kind.batchCount, batchesPerTask, [&](std::size_t first, std::size_t end) {
+        if (IsRunning()) work(kind.firstBatch + first, kind.firstBatch + end);
+    });
+}
+
+void FillAllBatches(ElementBatches& b) {
+    std::atomic<std::size_t> faulty{Elements()};
+    for (const ElementKind& kind : b.kinds) {
+        const auto representative = static_cast<std::size_t>(b.element[kind.firstBatch * laneCount]);
+        const KindShapes kindShapes = ShapesOf(kind, model.elements[representative]);
+        OverBatches(kind, [&](std::size_t first, std::size_t end) {
+            for (std::size_t batch = first; batch < end; ++batch) {
+                FillNodes(b, batch);
+                const std::size_t found = FillShapes(b, kindShapes, batch);
+                for (std::size_t known = faulty; found < known && !faulty.compare_exchange_weak(known, found);) {
+                }
+            }
+        });
+    }
+    b.faultyElement = faulty < Elements() ? static_cast<std::int64_t>(faulty.load()) : -1;
+}
+
+[[nodiscard]] int MakeFunctions(ElementBatches& b) {
+    if (!MakeTable(b.functions, model.materials.size())) return 0;
+    for (std::size_t m = 0; m < b.functions.size(); ++m) {
+        ElementBatches::Functions& f = b.functions[m];
+        const MaterialRec& material = model.materials[m];
+        if (const std::int32_t k = material.conductivityFunction; k > 0) {
+            if (!MakeLaneFunction(model.kFunctions[IndexOf(k)].points, f.conductivityX, f.conductivityIntervals,
+                                  f.conductivity)) {
+                return 0;
+            }
+        }
+        if (const std::int32_t s = material.waterContentFunction; s > 0) {
+            if (!MakeLaneFunction(model.sFunctions[IndexOf(s)].points, f.waterX, f.waterIntervals, f.water)) return 0;
+        }
+    }
+    return 1;
+}
+
+}  // namespace
+
+int BuildElementBatches() {
+    model.batches = ElementBatches();
+    ElementBatches& b = model.batches;
+    std::vector<std::int32_t> kindOfElement;
+    if (!MakeFunctions(b) || !SortIntoKinds(b, kindOfElement) || !MakeBatchTables(b)) return 0;
+    if (!FillLanes(b, kindOfElement)) return 0;
+    FillAllBatches(b);
+    return IsRunning();
+}
+
+int CheckElementBatches() {
+    if (model.batches.faultyElement < 0) return 1;
+    ElementMatrix K;
+    ElementMatrix Cap;
+    return ComputeElementMatrices(static_cast<std::size_t>(model.batches.faultyElement), K, Cap,
+                                  PointValues::Evaluated);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Matrices and loads
+
+namespace {
+
+LaneSettings SettingsOf(const ElementBatches& b, const ElementKind& kind) {
+    const MaterialRec& material = model.materials[kind.material];
+    return {model.analysisType == transient,
+            InitialConductivityHolds(),
+            runState.PhaseChangeMode == phaseEstablished,
+            StepIncrement(runState.currentStep),
+            model.freezingPoint,
+            model.latentHeat,
+            material.conductivityRatio,
+            material.waterContent,
+            material.frozenHeatCapacity,
+            material.unfrozenHeatCapacity,
+            b.functions[kind.material].conductivity,
+            b.functions[kind.material].water};
+}
+
+LaneTables TablesOfModel() {
+    static_assert(sizeof(NodeState) % sizeof(float) == 0 && offsetof(NodeState, temperature) == 0 &&
+                  offsetof(NodeState, previous) == sizeof(float));
+    return {&model.nodeStates[0].temperature, sizeof(NodeState) / sizeof(float), model.PointResults.data(),
+            model.SlopeFloor.data(), model.PhaseState.data()};
+}
+
+LaneBatch BatchAt(const ElementBatches& b, const ElementKind& kind, std::size_t batch) {
+    const std::size_t inKind = BatchInKind(kind, batch);
+    LaneBatch lanes{};
+    lanes.slots = kind.slots;
+    lanes.points = kind.points;
+    lanes.N = reinterpret_cast<const float(*)[8]>(kind.N.data());
+    lanes.nodes = b.nodes.data() + kind.firstLoad + inKind * kind.LoadsPerBatch();
+    lanes.shapes = b.shapes.data() + kind.firstShape + inKind * kind.ShapesPerBatch();
+    for (std::size_t lane = 0; lane < laneCount; ++lane) {
+        lanes.firstPoint[lane] = model.PointResultOffset[static_cast<std::size_t>(b.element[batch * laneCount + lane])];
+    }
+    return lanes;
+}
+
+ElementBatches::Inputs PresentInputs() {
+    return {runState.currentStep, runState.PhaseChangeMode == phaseEstablished, InitialConductivityHolds(),
+            model.temperatureVersion, model.switchedVersion};
+}
+
+}  // namespace
+
+int FormElementMatrices(bool& changed) {
+    ElementBatches& b = model.batches;
+    const float increment = StepIncrement(runState.currentStep);
+    const ElementBatches::Inputs inputs = PresentInputs();
+    const bool all = !b.entriesFormed || increment != b.increment;
+    changed = false;
+    if (!all && inputs == b.inputs) return IsRunning();
+    const LaneTables tables = TablesOfModel();
+    const BatchKernels& kernels = ChosenBatchKernels();
+    std::atomic<bool> anyFormed{false};
+    b.entriesFormed = false;  // a stop may leave them half made
+    for (const ElementKind& kind : b.kinds) {
+        const LaneSettings settings = SettingsOf(b, kind);
+        OverBatches(kind, [&](std::size_t first, std::size_t end) {
+            LaneHints hints;
+            for (std::size_t batch = first; batch < end; ++batch) {
+                const LaneBatch lanes = BatchAt(b, kind, batch);
+                if (!kernels.evaluate(tables, lanes, settings, hints) && !all) continue;
+                anyFormed.store(true, std::memory_order_relaxed);
+                float* const entries = b.entries.data() + kind.firstEntry;
+                kernels.form(tables, lanes, settings, entries + BatchInKind(kind, batch) * kind.EntriesPerBatch());
+            }
+        });
+    }
+    changed = anyFormed;
+    if (!IsRunning()) return 0;
+    b.inputs = inputs;
+    b.entriesFormed = true;
+    b.increment = increment;
+    return 1;
+}
+
+int FormElementLoads() {
+    ElementBatches& b = model.batches;
+    const LaneTables tables = TablesOfModel();
+    const BatchKernels& kernels = ChosenBatchKernels();
+    for (const ElementKind& kind : b.kinds) {
+        const LaneSettings settings = SettingsOf(b, kind);
+        OverBatches(kind, [&](std::size_t first, std::size_t end) {
+            for (std::size_t batch = first; batch < end; ++batch) {
+                float* const loads = b.loads.data() + kind.firstLoad + BatchInKind(kind, batch) * kind.LoadsPerBatch();
+                kernels.load(tables, BatchAt(b, kind, batch), settings, loads);
+            }
+        });
+    }
+    return IsRunning();
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Crossings
+
+namespace {
+
+// The crossings of one batch, lane by lane.
+void CollectCrossings(const ElementBatches& b, const ElementKind& kind, std::size_t batch, const LaneBatch& lanes,
+                      const float* now, const std::uint16_t* crossed, std::vector<PointCrossing>& found) {
+    for (std::size_t lane = 0; lane < b.laneInUse[batch]; ++lane) {
+        for (std::size_t point = 0; point < kind.points; ++point) {
+            const unsigned bits = static_cast<unsigned>(crossed[point]) >> lane;
+            if ((bits & 0x101U) == 0) continue;
+            found.push_back({lanes.firstPoint[lane] + static_cast<std::int64_t>(point), now[point * laneCount + lane],
+                             (bits & 1U) != 0});
+        }
+    }
+}
+
+}  // namespace
+
+int FindPointCrossings(std::vector<PointCrossing>& crossings) {
+    const ElementBatches& b = model.batches;
+    const LaneTables tables = TablesOfModel();
+    const BatchKernels& kernels = ChosenBatchKernels();
+    crossings.clear();
+    std::atomic<bool> outOfMemory{false};
+    std::mutex lock;
+    for (const ElementKind& kind : b.kinds) {
+        OverBatches(kind, [&](std::size_t first, std::size_t end) {
+            std::array<float, largestRule * laneCount> now;
+            std::array<std::uint16_t, largestRule> crossed;
+            std::vector<PointCrossing> found;
+            const bool fits = TryMemory((end - first) * laneCount * kind.points * sizeof(PointCrossing), [&] {
+                for (std::size_t batch = first; batch < end; ++batch) {
+                    const LaneBatch lanes = BatchAt(b, kind, batch);
+                    kernels.cross(tables, lanes, model.freezingPoint, now.data(), crossed.data());
+                    CollectCrossings(b, kind, batch, lanes, now.data(), crossed.data(), found);
+                }
+                const std::scoped_lock held(lock);
+                crossings.insert(crossings.end(), found.begin(), found.end());
+            });
+            if (!fits) outOfMemory = true;
+        });
+    }
+    if (outOfMemory) return ShowOutOfMemory();
+    std::ranges::sort(crossings, {}, &PointCrossing::pointIndex);
+    return IsRunning();
+}
+
+}  // namespace kaldra

@@ -1,0 +1,38 @@
+// The active elements in batches of eight, with their geometry computed once per run.
+//
+// Everything here gives the same bits as the plain procedures of element_matrices. Calculation thread only; the work is
+// spread over all threads.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace kaldra {
+
+// Makes model.batches from the elements. An element that cannot be integrated is noted for the first assembly. Gives 1;
+// 0 after message 1138, or without one when Stop was pressed.
+[[nodiscard]] int BuildElementBatches();
+
+// Shows what is wrong with the first faulty element: the box of a zero or negative area (1194 ordinary, 1196 infinite)
+// or message 1156. Gives 1 when there is none.
+[[nodiscard]] int CheckElementBatches();
+
+// Evaluates and records the values at all points, and forms the element matrices of the system where a value or the
+// increment is new. `changed` tells whether any was formed. Gives 1, or 0 when Stop was pressed.
+[[nodiscard]] int FormElementMatrices(bool& changed);
+
+// Forms Cap T old of every element from the record. Gives 1, or 0 when Stop was pressed.
+[[nodiscard]] int FormElementLoads();
+
+// A point that has crossed the freezing point in this step.
+struct PointCrossing {
+    std::int64_t pointIndex;
+    float temperature;
+    bool thaws;
+};
+
+// Finds all of them, in the order of the points. A temperature exactly at the freezing point at either end of the step
+// is no crossing. Gives 1; 0 after message 1138, or without one when Stop was pressed.
+[[nodiscard]] int FindPointCrossings(std::vector<PointCrossing>& crossings);
+
+}  // namespace kaldra

@@ -1,0 +1,74 @@
+// The arithmetic of the factorisations, compiled for several processors and chosen when the program runs.
+//
+// A matrix is cut into groups of eight columns. A group holds its rows from `top` down to its last column, the eight
+// values of a row side by side:
+//
+//     row top     [ . . . . . . . . ]
+//       ...
+//     row 8J      [ d u u u u u u u ]    the square on the diagonal; what lies below d is not read
+//       ...
+//     row 8J + 7  [ . . . . . . . d ]
+//
+// Three groups with the same top are one strip, which is worked on as a whole. With g the reduced and u the divided
+// entries, and d the pivots,
+//
+//     g(i, j) = a(i, j) - sum over k < i of  u(k, i) g(k, j),     u(i, j) = g(i, j) / d(i),     d(j) = g(j, j).
+//
+// Every sum is taken over rising k with fused multiply-adds, one after another, for every processor and whatever the
+// blocks; so all give the same bits. Rows from `pivots` on are no pivots: their g is the remainder that the elimination
+// leaves (of the matrix of a front). Plain pointers and numbers only, as in batch_kernels.h.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kaldra {
+
+inline constexpr std::size_t groupWidth = 8;
+inline constexpr std::size_t groupsPerStrip = 3;
+inline constexpr std::size_t stripWidth = groupWidth * groupsPerStrip;
+
+// One group of columns: `rows` is its row `top`, a multiple of eight.
+struct ColumnGroup {
+    double* rows;
+    std::int64_t top;
+
+    [[nodiscard]] double* Row(std::int64_t k) const { return rows + (k - top) * 8; }
+};
+
+// A matrix of groups on the way to its factor.
+struct DenseSystem {
+    const ColumnGroup* groups;
+    std::size_t groupCount;
+    std::int64_t pivots;   // a multiple of eight
+    double* reciprocal;    // 1 / d per pivot
+    std::uint32_t* ready;  // groups that are factorised; null where one thread does all
+    void (*wait)(const std::uint32_t* ready, std::uint32_t wanted);  // until *ready is at least `wanted`
+};
+
+struct DenseKernels {
+    // Factorises the strip that begins with `group` and has `count` groups. `scratch` holds 8 values for each row of a
+    // group. Strips in order; two threads may each take one where `ready` is given.
+    void (*factorStrip)(const DenseSystem& system, std::size_t group, std::size_t count, double* scratch);
+    // w(j) -= sum over k of u(k, j) y(k), for the eight columns of a block of `rows` rows that begins at u.
+    void (*forward)(const double* u, std::size_t rows, const double* y, double* w);
+    // x(k) -= sum over the columns of u(k, j) w(j), for the `rows` (a multiple of eight) of `blocks` blocks that lie
+    // `stride` values apart.
+    void (*backward)(const double* u, std::size_t rows, std::size_t blocks, std::size_t stride, const double* w,
+                     double* x);
+};
+
+extern const DenseKernels denseKernelsPlain;
+#if defined(__x86_64__)
+extern const DenseKernels denseKernelsAvx2;
+extern const DenseKernels denseKernelsAvx512;
+#endif
+
+// The same two within the square on the diagonal.
+void SolveForwardInSquare(const double* square, double* w);
+void SolveBackwardInSquare(const double* square, double* w);
+
+// The kernels for this processor.
+[[nodiscard]] const DenseKernels& ChosenDenseKernels();
+
+}  // namespace kaldra

@@ -1,0 +1,41 @@
+// For processors with AVX2 and FMA: a vector of eight is two registers.
+#include <immintrin.h>
+
+#include "solver/dense_kernels.h"
+
+namespace kaldra {
+namespace {
+
+struct Vec {
+    __m256d low, high;
+};
+
+constexpr std::size_t tileRows = 4;
+constexpr std::size_t tileGroups = 1;
+
+inline Vec Load(const double* p) { return {_mm256_loadu_pd(p), _mm256_loadu_pd(p + 4)}; }
+
+inline void Store(double* p, Vec v) {
+    _mm256_storeu_pd(p, v.low);
+    _mm256_storeu_pd(p + 4, v.high);
+}
+
+inline Vec Broadcast(double value) { return {_mm256_set1_pd(value), _mm256_set1_pd(value)}; }
+
+inline Vec Multiply(Vec a, Vec b) { return {_mm256_mul_pd(a.low, b.low), _mm256_mul_pd(a.high, b.high)}; }
+
+inline Vec Reduce(Vec a, Vec b, Vec c) {
+    return {_mm256_fnmadd_pd(a.low, b.low, c.low), _mm256_fnmadd_pd(a.high, b.high, c.high)};
+}
+
+inline double Total(Vec v) {
+    const __m256d fours = _mm256_add_pd(v.low, v.high);
+    const __m128d pairs = _mm_add_pd(_mm256_castpd256_pd128(fours), _mm256_extractf128_pd(fours, 1));
+    return _mm_cvtsd_f64(pairs) + _mm_cvtsd_f64(_mm_unpackhi_pd(pairs, pairs));
+}
+
+}  // namespace
+}  // namespace kaldra
+
+#define KALDRA_KERNELS denseKernelsAvx2
+#include "solver/dense_kernels_body.h"

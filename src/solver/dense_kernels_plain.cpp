@@ -1,0 +1,44 @@
+// For any processor. One without a fused multiply-add computes it in software: the same bits, slowly.
+#include "solver/dense_kernels.h"
+
+namespace kaldra {
+namespace {
+
+struct Vec {
+    double lane[8];
+};
+
+constexpr std::size_t tileRows = 4;
+constexpr std::size_t tileGroups = 1;
+
+inline Vec Load(const double* p) {
+    Vec v;
+    __builtin_memcpy(v.lane, p, sizeof v.lane);
+    return v;
+}
+
+inline void Store(double* p, const Vec& v) { __builtin_memcpy(p, v.lane, sizeof v.lane); }
+
+inline Vec Broadcast(double value) { return {{value, value, value, value, value, value, value, value}}; }
+
+inline Vec Multiply(const Vec& a, const Vec& b) {
+    Vec r;
+    for (int i = 0; i < 8; ++i) r.lane[i] = a.lane[i] * b.lane[i];
+    return r;
+}
+
+inline Vec Reduce(const Vec& a, const Vec& b, const Vec& c) {
+    Vec r;
+    for (int i = 0; i < 8; ++i) r.lane[i] = __builtin_fma(-a.lane[i], b.lane[i], c.lane[i]);
+    return r;
+}
+
+inline double Total(const Vec& v) {
+    return ((v.lane[0] + v.lane[4]) + (v.lane[2] + v.lane[6])) + ((v.lane[1] + v.lane[5]) + (v.lane[3] + v.lane[7]));
+}
+
+}  // namespace
+}  // namespace kaldra
+
+#define KALDRA_KERNELS denseKernelsPlain
+#include "solver/dense_kernels_body.h"

@@ -1,0 +1,176 @@
+// The batches against the plain procedures, bit for bit: every family, both views, every processor.
+
+#include "element/element_batches.h"
+
+#include <bit>
+#include <cmath>
+
+#include "element/element_matrices.h"
+#include "element/phase_change.h"
+#include "platform/parallel.h"
+#include "platform/processor.h"
+#include "run/run_state.h"
+#include "support/kaldra_test.h"
+
+namespace kaldra {
+namespace {
+
+class ElementBatchesTest : public KaldraTest {
+protected:
+    ~ElementBatchesTest() override {
+        LimitProcessorLevel(ProcessorLevel::Avx512);
+        SetThreadCount(0);
+    }
+
+    // Forty cells, bent and turned in their numbering, of five kinds and three materials.
+    static Problem MixedProblem(const char* analysis) {
+        Problem problem;
+        problem.analysis = analysis;
+        problem.times = {"1 2.5 2.5 1"};
+        problem.pole = "POLE 1\n-9 -9";
+        problem.K = {FunctionRows(1, {"-20 2.2", "-3 2.1", "-1 1.9", "0 1.6", "6 1.5", "20 1.45"}, "0 0.5"),
+                     FunctionRows(2, {"-30 1.1", "30 1.1"})};
+        problem.S = {FunctionRows(1, {"-5 0", "-2 0.1", "-0.5 0.5", "0 1", "4 1"}, "0 0.3"),
+                     FunctionRows(2, {"-1 1", "1 1"})};
+        problem.materials = {"1 1 1 1.9 2.7 0.41", "2 2 2 1.5 1.6 0.1", "3 1 1 2.2 2.3 0.33"};
+        for (int cell = 0; cell < 40; ++cell) AddCell(problem, cell);
+        return problem;
+    }
+    static void AddCell(Problem& problem, int cell) {
+        const double x = 2.0 * (cell % 8);
+        const double y = 2.0 * (cell / 8);
+        const double bend = 0.01 * ((cell * 7) % 11);
+        const double corners[8][2]{{x + 2, y + 2 - bend}, {x + bend, y + 2}, {x, y},     {x + 2, y + bend},
+                                   {x + 1, y + 2},        {x, y + 1},        {x + 1, y}, {x + 2 + bend, y + 1}};
+        std::array<int, 8> node{};
+        for (int i = 0; i < 8; ++i) {
+            const int turned = (i + cell) % 8;  // so that the slots' order is not the nodes'
+            node[static_cast<std::size_t>(turned)] = problem.Node(corners[turned][0], corners[turned][1]);
+        }
+        struct Kind {
+            std::array<int, 8> used;
+            int points;
+            const char* rest;
+        };
+        static const Kind kinds[]{{{1, 1, 1, 1, 0, 0, 0, 0}, 4, "1.5"},
+                                  {{1, 1, 1, 1, 1, 1, 1, 1}, 9, "2"},
+                                  {{1, 1, 1, 0, 0, 0, 0, 0}, 3, "1"},
+                                  {{1, 1, 1, 1, 0, 0, 1, 0}, 9, "0.5"},
+                                  {{1, 1, 1, 1, 0, 1, 0, 0}, 4, "1 1 0"}};
+        const Kind& kind = kinds[cell % 5];
+        std::string slots;
+        for (std::size_t i = 0; i < 8; ++i) slots += std::to_string(kind.used[i] != 0 ? node[i] : 0) + ' ';
+        problem.Element(slots, kind.points, kind.rest, 1 + cell % 3);
+    }
+
+    static void SetTemperatures(double shift) {
+        for (std::size_t n = 0; n < model.nodeStates.size(); ++n) {
+            const double old = 3 * std::sin(0.7 * static_cast<double>(n));
+            const double change = n % 4 == 0 ? 0 : shift * std::cos(0.3 * static_cast<double>(n));
+            model.nodeStates[n] = {static_cast<float>(old + change), static_cast<float>(old), 0};
+        }
+        ++model.temperatureVersion;
+    }
+    static void SetPhases() {
+        for (std::size_t p = 0; p < model.PhaseState.size(); ++p) {
+            model.PhaseState[p] = p % 3 == 0 ? pointThawing : 0;
+            model.SlopeFloor[p] = p % 5 == 0 ? 0.2F : 0;
+        }
+    }
+    // Entry (i, j) of an element in model.batches.
+    static float Entry(std::size_t e, std::size_t i, std::size_t j) {
+        const ElementBatches& b = model.batches;
+        const auto place = static_cast<std::size_t>(b.placeOfElement[e]);
+        const ElementKind& kind = b.kinds[b.kindOfBatch[place / laneCount]];
+        const std::size_t batch = place / laneCount - kind.firstBatch;
+        return b.entries[kind.firstEntry + batch * kind.EntriesPerBatch() + (i * kind.slots + j) * laneCount +
+                         place % laneCount];
+    }
+    // What the plain procedures give for the matrices of all elements, and in the tables of the model.
+    static std::vector<float> PlainEntries() {
+        std::vector<float> entries;
+        for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
+            ElementMatrix K;
+            ElementMatrix Cap;
+            EXPECT_EQ(ComputeElementMatrices(e, K, Cap, PointValues::Evaluated), 1);
+            for (std::size_t i = 0; i < K.size(); ++i) {
+                const ElementRec& element = model.elements[e];
+                if (element.nodes[i / slotCount] == 0 || element.nodes[i % slotCount] == 0) continue;
+                entries.push_back(model.analysisType == transient ? K[i] * 2.5F + Cap[i] : K[i]);
+            }
+        }
+        return entries;
+    }
+    static std::vector<float> BatchEntries() {
+        std::vector<float> entries;
+        for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
+            const auto place = static_cast<std::size_t>(model.batches.placeOfElement[e]);
+            const std::size_t slots = model.batches.kinds[model.batches.kindOfBatch[place / laneCount]].slots;
+            for (std::size_t i = 0; i < slots * slots; ++i) entries.push_back(Entry(e, i / slots, i % slots));
+        }
+        return entries;
+    }
+};
+
+void ExpectSameBits(const std::vector<float>& a, const std::vector<float>& b, const char* what) {
+    ASSERT_EQ(a.size(), b.size()) << what;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        ASSERT_EQ(std::bit_cast<std::uint32_t>(a[i]), std::bit_cast<std::uint32_t>(b[i])) << what << ' ' << i;
+    }
+}
+
+TEST_F(ElementBatchesTest, GiveTheBitsOfThePlainProcedures) {
+    for (const char* analysis : {"1 1 0 1 0", "1 2 0 1 0", "2 1 334 1 -0.1", "2 2 334 1 -0.1"}) {
+        ASSERT_TRUE(Prepare(MixedProblem(analysis)));
+        runState.currentStep = model.analysisType == transient ? 1 : 0;
+        for (const auto mode : {phaseSearching, phaseEstablished}) {
+            runState.PhaseChangeMode = mode;
+            for (const double shift : {1.7, 1e-3}) {
+                SetTemperatures(shift);
+                SetPhases();
+                std::ranges::fill(model.PointResults, -1.0F);  // seen where nothing is recorded
+                const std::vector<float> entries = PlainEntries();
+                const std::vector<float> record = model.PointResults;
+                const std::vector<float> floor = model.SlopeFloor;
+                for (const auto level : {ProcessorLevel::Plain, ProcessorLevel::Avx2, ProcessorLevel::Avx512}) {
+                    LimitProcessorLevel(level);
+                    SetThreadCount(level == ProcessorLevel::Plain ? 1 : 2);
+                    SetPhases();
+                    ++model.switchedVersion;
+                    std::ranges::fill(model.PointResults, -1.0F);
+                    bool changed = false;
+                    ASSERT_EQ(FormElementMatrices(changed), 1);
+                    EXPECT_TRUE(changed);
+                    ExpectSameBits(model.PointResults, record, "record");
+                    ExpectSameBits(model.SlopeFloor, floor, "floor");
+                    ExpectSameBits(BatchEntries(), entries, "entries");
+                }
+            }
+        }
+    }
+}
+
+// Nothing is formed again while nothing has changed, and all of it for another increment.
+TEST_F(ElementBatchesTest, FormOnlyWhatIsNew) {
+    ASSERT_TRUE(Prepare(MixedProblem("2 1 334 1 -0.1")));
+    runState.currentStep = 1;
+    SetTemperatures(1.7);
+    bool changed = false;
+    ASSERT_EQ(FormElementMatrices(changed), 1);
+    std::ranges::fill(model.batches.entries, 9.0F);  // seen where they are left
+    ASSERT_EQ(FormElementMatrices(changed), 1);
+    EXPECT_FALSE(changed);
+    ++model.temperatureVersion;  // looked at again, and found to be the same
+    ASSERT_EQ(FormElementMatrices(changed), 1);
+    EXPECT_TRUE(!changed && Entry(0, 0, 0) == 9.0F);
+    model.nodeStates[IndexOf(model.elements[0].nodes[0])].temperature += 1;
+    ++model.temperatureVersion;
+    ASSERT_EQ(FormElementMatrices(changed), 1);
+    EXPECT_TRUE(changed && Entry(0, 0, 0) != 9.0F && Entry(1, 0, 0) == 9.0F);
+    model.timeSteps[0].increment = 3;
+    ASSERT_EQ(FormElementMatrices(changed), 1);
+    EXPECT_TRUE(changed && Entry(1, 0, 0) != 9.0F);
+}
+
+}  // namespace
+}  // namespace kaldra
