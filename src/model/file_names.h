@@ -17,8 +17,8 @@ namespace kaldra {
 // `path` with everything from its last dot on replaced by `extension` (which brings its own dot).
 [[nodiscard]] std::string ReplaceExtension(std::string_view path, std::string_view extension);
 
-// The absolute path with its folder in the one true spelling, as names are compared as texts; a linked file keeps the name
-// of the link. Empty where the working folder cannot be found.
+// The absolute path with its folder in the one true spelling, as names are compared as texts; a linked file keeps the
+// name of the link. Empty where the working folder cannot be found.
 [[nodiscard]] std::string TruePath(const std::string& path);
 
 // Equal apart from the case of the letters A to Z.

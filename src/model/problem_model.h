@@ -211,6 +211,8 @@ struct ProblemModel {
     ElementBatches batches;
     SystemMatrix system;
     SkylineProfile skyline;
+    EliminationTree tree;
+    SparseFactor sparse;
     LastSolution lastSolution;
 };
 

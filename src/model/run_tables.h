@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "functions/lane_function.h"
+#include "platform/memory.h"
 
 namespace kaldra {
 
@@ -92,6 +93,67 @@ struct SkylineProfile {
     std::vector<std::int64_t> top;    // per group of eight columns: its first row
     std::vector<std::int64_t> start;  // in SkylineStore; and one behind the last
     std::vector<double> reciprocal;   // 1 / d of the last factorisation
+};
+
+// Equations that the sparse factorisation eliminates together, and the front that they are eliminated in: its columns
+// are their positions, padded to a multiple of eight, and then the later positions that they are coupled with, the
+// remainder.
+struct Supernode {
+    std::int32_t first = 0;      // position of the first pivot, a multiple of eight
+    std::int32_t pivots = 0;     // equations
+    std::int32_t padded = 0;     // pivots, rounded up to a multiple of eight
+    std::int32_t remainder = 0;  // further columns
+    std::int32_t parent = -1;    // -1: none
+    std::int32_t firstChild = -1;
+    std::int32_t nextSibling = -1;
+    std::int32_t depth = 0;       // parents above it
+    std::int64_t firstRow = 0;    // of its remainder in EliminationTree::row
+    std::int64_t firstEntry = 0;  // in EliminationTree::entryPlace
+    std::int64_t factor = 0;      // where its rows stand in the factor
+    std::int64_t update = 0;      // where its remainder stands until its parent takes it:
+    bool updateIsShared = false;  // among those that outlast their subtree, or else in the thread's workspace
+
+    [[nodiscard]] std::int64_t PivotGroups() const { return padded / 8; }
+    [[nodiscard]] std::int64_t RemainderGroups() const { return (remainder + 7) / 8; }
+    [[nodiscard]] std::int64_t Groups() const { return PivotGroups() + RemainderGroups(); }
+    // Where a group begins, counted from `factor`: it holds the pivots' rows down to its last column.
+    [[nodiscard]] std::int64_t FactorOffset(std::int64_t group) const {
+        const std::int64_t full = group < PivotGroups() ? group : PivotGroups();
+        return 32 * full * (full + 1) + (group - full) * padded * 8;
+    }
+    [[nodiscard]] std::int64_t FactorEntries() const { return FactorOffset(Groups()); }
+    // The same for the groups of the remainder, counted from `update`: they hold the rows of the remainder.
+    [[nodiscard]] static std::int64_t UpdateOffset(std::int64_t group) { return 32 * group * (group + 1); }
+    [[nodiscard]] std::int64_t UpdateEntries() const { return UpdateOffset(RemainderGroups()); }
+};
+
+// Supernodes that one thread works on, one after another: parts of the tree with all that is below them.
+struct Subtree {
+    std::int32_t begin = 0;  // supernodes
+    std::int32_t end = 0;
+};
+
+// How the sparse factorisation goes about model.system: fixed once per run. A position is the place of an equation in
+// the order of elimination, with the padding of every supernode.
+struct EliminationTree {
+    std::vector<Supernode> nodes;             // every one after its children
+    std::vector<Subtree> subtrees;            // in order; the other supernodes are worked on by all threads, one by one
+    std::vector<std::int32_t> top;            // those others, in order
+    std::vector<std::int32_t> equation;       // per position; -1 for padding
+    std::vector<std::int32_t> row;            // positions of the remainders, rising within each
+    std::vector<std::int32_t> place;          // per row: its column in the front of the parent
+    std::vector<std::int32_t> entryPlace;     // where an entry of the matrix goes, from Supernode::factor on
+    std::vector<std::int32_t> entryValue;     // which one it is, in SystemMatrix::value
+    std::array<std::int64_t, 2> workspace{};  // values of remainders of even and odd depth that a thread holds at most
+    std::int64_t sharedUpdates = 0;           // values of the remainders that outlast their subtree
+    std::int64_t factorEntries = 0;           // values of the factor
+    double operations = 0;                    // multiplications and additions of a factorisation
+};
+
+// The last sparse factorisation.
+struct SparseFactor {
+    LargeTable<double> rows;         // per supernode: the pivots' rows of its groups
+    std::vector<double> reciprocal;  // 1 / d per position
 };
 
 // What the last solution came from.

@@ -75,6 +75,13 @@ template <class Record, class Allocator>
     return WithMemory(count * sizeof(Record), [&] { table.resize(count); });
 }
 
+// MakeTable that leaves the message to the caller.
+template <class Record, class Allocator>
+[[nodiscard]] bool TryMakeTable(std::vector<Record, Allocator>& table, std::size_t count) {
+    std::vector<Record, Allocator>().swap(table);
+    return TryMemory(count * sizeof(Record), [&] { table.resize(count); });
+}
+
 // Resizes a table, keeps its leading records and zero-fills new ones.
 template <class Record>
 [[nodiscard]] int ResizeTable(std::vector<Record>& table, std::size_t count) {

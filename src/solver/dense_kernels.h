@@ -28,10 +28,11 @@ inline constexpr std::size_t groupWidth = 8;
 inline constexpr std::size_t groupsPerStrip = 3;
 inline constexpr std::size_t stripWidth = groupWidth * groupsPerStrip;
 
-// One group of columns: `rows` is its row `top`, a multiple of eight.
+// One group of columns: `rows` is its row `top`, a multiple of eight. Rows that are no pivots stand at `remainder`.
 struct ColumnGroup {
     double* rows;
     std::int64_t top;
+    double* remainder;
 
     [[nodiscard]] double* Row(std::int64_t k) const { return rows + (k - top) * 8; }
 };

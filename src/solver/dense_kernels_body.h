@@ -81,6 +81,11 @@ inline void Publish(const DenseSystem& system, std::size_t group) {
 inline std::int64_t Lower(std::int64_t a, std::int64_t b) { return a < b ? a : b; }
 inline std::int64_t Higher(std::int64_t a, std::int64_t b) { return a > b ? a : b; }
 
+// Eight rows of a group, whether they are pivots or remainder.
+inline double* RowsAt(const DenseSystem& system, const ColumnGroup& column, std::int64_t row) {
+    return row < system.pivots ? column.Row(row) : column.remainder + (row - system.pivots) * 8;
+}
+
 // Reduces `Groups` groups by the groups first .. end - 1.
 template <std::size_t Groups>
 void ReduceByGroups(const DenseSystem& system, std::size_t group, std::size_t first, std::size_t end) {
@@ -95,7 +100,7 @@ void ReduceByGroups(const DenseSystem& system, std::size_t group, std::size_t fi
         double* c[Groups];
         for (std::size_t s = 0; s < Groups; ++s) {
             g[s] = column[s].Row(from);
-            c[s] = column[s].Row(row);
+            c[s] = RowsAt(system, column[s], row);
         }
         if (to > from) SubtractRows<Groups>(divided.Row(from), g, c, static_cast<std::size_t>(to - from));
         if (row < system.pivots) SolveSquare<Groups>(divided.Row(row), c);
@@ -134,7 +139,7 @@ void FinishGroup(const DenseSystem& system, std::size_t group, double* scratch) 
         Store(scratch + k * width, Multiply(Load(g + k * width), factor));
     }
     const double* above[1] = {g};
-    double* square[1] = {column.Row(row)};
+    double* square[1] = {RowsAt(system, column, row)};
     if (count > 0) SubtractRows<1>(scratch, above, square, count);
     for (std::size_t k = 0; k < count; ++k) Store(g + k * width, Load(scratch + k * width));
     if (row < system.pivots) FactorSquare(square[0], system.reciprocal + row);
@@ -144,6 +149,7 @@ void FinishGroup(const DenseSystem& system, std::size_t group, double* scratch) 
 void FactorStrip(const DenseSystem& system, std::size_t group, std::size_t count, double* scratch) {
     const auto first = static_cast<std::size_t>(system.groups[group].top) / width;
     ReduceGroups(system, group, count, first, group);
+    if (group > 0) Await(system, group - 1);  // groups are made known in order, also where they share no row
     for (std::size_t i = 0; i < count; ++i) {
         FinishGroup(system, group + i, scratch);
         ReduceGroups(system, group + i + 1, count - i - 1, group + i, group + i + 1);

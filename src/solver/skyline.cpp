@@ -68,9 +68,9 @@ SkylineCost CostOfSkyline() {
     return cost;
 }
 
-int MakeSkylineStore() {
-    return MakeTable(model.SkylineStore, static_cast<std::size_t>(model.skyline.start.back())) &&
-           MakeTable(model.skyline.reciprocal, GroupCount() * groupWidth);
+bool TryMakeSkylineStore() {
+    return TryMakeTable(model.SkylineStore, static_cast<std::size_t>(model.skyline.start.back())) &&
+           TryMakeTable(model.skyline.reciprocal, GroupCount() * groupWidth);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -123,7 +123,7 @@ int FactorSkyline() {
     constexpr std::size_t strips = 64;  // more threads than that would share their scratch
     if (!MakeTable(groups, GroupCount()) || !MakeTable(scratch, scratchOfStrip * strips)) return 0;
     for (std::size_t g = 0; g < GroupCount(); ++g) {
-        groups[g] = {model.SkylineStore.data() + profile.start[g], profile.top[g]};
+        groups[g] = {model.SkylineStore.data() + profile.start[g], profile.top[g], nullptr};
     }
     std::uint32_t ready = 0;
     const DenseSystem system{groups.data(),

@@ -23,8 +23,8 @@ struct SkylineCost {
 };
 [[nodiscard]] SkylineCost CostOfSkyline();
 
-// Makes SkylineStore for the profile. Gives 1, or 0 after message 1138.
-[[nodiscard]] int MakeSkylineStore();
+// Makes SkylineStore for the profile. False, without a message, if the memory cannot be had.
+[[nodiscard]] bool TryMakeSkylineStore();
 
 // Copies the matrix into the store and factorises it there. Gives 1; 0 after message 1138, or without one when Stop was
 // pressed.

@@ -194,6 +194,11 @@ ConsoleOutcome OutcomeOfRun() {
     return console.outcome;
 }
 
+void Report(const std::string& line) {
+    const std::scoped_lock lock(console.lock);
+    PrintStatus(line);
+}
+
 void Warn(const std::string& line) {
     const std::scoped_lock lock(console.lock);
     EraseProgress();

@@ -30,6 +30,9 @@ void ClearProgressLine();
 
 [[nodiscard]] ConsoleOutcome OutcomeOfRun();
 
+// Prints a line of the program's own on stdout, unless it is to be quiet.
+void Report(const std::string& line);
+
 // Prints a line on stderr as it stands.
 void Warn(const std::string& line);
 

@@ -5,7 +5,9 @@
 
 #include <CLI/CLI.hpp>
 #include <atomic>
+#include <chrono>
 #include <csignal>
+#include <map>
 #include <string>
 
 #include "frontend/commands.h"
@@ -14,10 +16,12 @@
 #include "model/problem_model.h"
 #include "platform/files.h"
 #include "platform/number_text.h"
+#include "platform/parallel.h"
 #include "run/analysis.h"
 #include "run/front_end.h"
 #include "run/messages.h"
 #include "run/run_state.h"
+#include "solver/solution.h"
 
 namespace {
 
@@ -64,6 +68,8 @@ struct Options {
     std::string file;
     std::int32_t startStep = 0;  // 0: not given
     std::string initialFile;     // empty: not given
+    Solver solver = Solver::Automatic;
+    int threads = 0;  // 0: not given
     bool quiet = false;
     bool strict = false;
 };
@@ -146,7 +152,19 @@ void WaitForEnd() {
     }
 }
 
+using Clock = std::chrono::steady_clock;
+
+// The closing line: how the systems were solved, and what the whole run took.
+void ShowSummary(Clock::time_point begun) {
+    const double seconds = std::chrono::duration<double>(Clock::now() - begun).count();
+    const char* const solver = UsedSolver() == Solver::Sparse ? "sparse" : "skyline";
+    const int threads = ThreadCount();
+    Report(FormatText("Solved by the %s solver on %d %s in %.2f s.", solver, threads,
+                      threads == 1 ? "thread" : "threads", seconds));
+}
+
 int Run(const Options& options) {
+    const Clock::time_point begun = Clock::now();
     const std::string path = AbsolutePath(options.file);
     if (path.empty() || !OpenAsCommanded(path)) return exitFailed;
     const std::int32_t kind = model.analysisType;
@@ -159,6 +177,7 @@ int Run(const Options& options) {
 
     const ConsoleOutcome outcome = OutcomeOfRun();
     if (outcome.result == 1) {
+        ShowSummary(begun);
         if (!outcome.warning.empty()) Warn(outcome.warning);
         const bool doubtful = !outcome.warning.empty() || outcome.messages > 0;
         return options.strict && doubtful ? exitDoubtful : exitDone;
@@ -182,6 +201,13 @@ int main(int argc, char** argv) {
     CLI::Option* const initial =
         app.add_option("--initial", options.initialFile, "begin from the temperatures of a result file")
             ->option_text("FILE");
+    app.add_option("--solver", options.solver, "how to solve the systems (default: the better one)")
+        ->option_text("skyline|sparse")
+        ->transform(CLI::CheckedTransformer(
+            std::map<std::string, Solver>{{"skyline", Solver::Skyline}, {"sparse", Solver::Sparse}}));
+    app.add_option("--threads", options.threads, "threads to compute with (default: one per processor)")
+        ->option_text("N")
+        ->check(CLI::Range(1, 64));
     app.add_flag("-q,--quiet", options.quiet, "no status lines");
     app.add_flag("--strict", options.strict, "exit 4 when an iteration did not converge or a message was shown");
     app.set_version_flag("--version", "kaldra-run " KALDRA_VERSION);
@@ -206,6 +232,8 @@ int main(int argc, char** argv) {
     }
     ConnectConsole(options.quiet);
     CatchSignals();
+    SetThreadCount(options.threads);
+    WishSolver(options.solver);
     InitModel(0);
     InitModel(1);
     return Run(options);

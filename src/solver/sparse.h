@@ -1,0 +1,25 @@
+// Sparse LDLT solution of one iteration's linear system, by fronts: every supernode of model.tree gathers its entries
+// and what its children leave in a dense front, eliminates its pivots there, and leaves the remainder to its parent.
+//
+// Everything is added in a fixed order, so the result is the same for any number of threads. Calculation thread only;
+// the work is spread over all threads.
+#pragma once
+
+#include <span>
+
+namespace kaldra {
+
+// Makes the tables of model.sparse for model.tree. False, without a message, if the memory cannot be had.
+[[nodiscard]] bool TryMakeSparseFactor();
+
+// Bytes that they take, with what a factorisation takes besides.
+[[nodiscard]] double BytesOfSparse();
+
+// Factorises the free equations of model.system. Gives 1; 0 after message 1138, or without one when Stop was pressed.
+[[nodiscard]] int FactorSparse();
+
+// Turns the right-hand side of the free equations into the solution, by the last factorisation; the others keep
+// theirs. Gives 1; 0 after message 1138, or without one when Stop was pressed.
+[[nodiscard]] int SolveSparse(std::span<float> rhs);
+
+}  // namespace kaldra
