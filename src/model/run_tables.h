@@ -8,6 +8,7 @@
 
 #include "functions/lane_function.h"
 #include "platform/memory.h"
+#include "solver/dense_kernels.h"
 
 namespace kaldra {
 
@@ -150,10 +151,22 @@ struct EliminationTree {
     double operations = 0;                    // multiplications and additions of a factorisation
 };
 
-// The last sparse factorisation.
+// What one thread needs to factorise a subtree.
+struct SubtreeWorkspace {
+    std::array<LargeTable<double>, 2> updates;  // remainders, of even and odd depth
+    LargeTable<double> scratch;                 // of a strip
+    std::vector<ColumnGroup> groups;            // of a front
+};
+
+// The last sparse factorisation, and what a factorisation and a solution work in.
 struct SparseFactor {
     LargeTable<double> rows;         // per supernode: the pivots' rows of its groups
     std::vector<double> reciprocal;  // 1 / d per position
+    LargeTable<double> sharedUpdates;
+    std::vector<SubtreeWorkspace> workspaces;  // per thread
+    LargeTable<double> own;                    // solution per position
+    LargeTable<double> left;                   // what a supernode leaves to its parent, from firstLeft on
+    std::vector<std::int64_t> firstLeft;       // per supernode: multiples of eight; and one behind the last
 };
 
 // What the last solution came from.

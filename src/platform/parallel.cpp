@@ -28,6 +28,8 @@ void Patience::Wait() {
 
 namespace {
 
+thread_local std::size_t threadNumber = 0;
+
 // One call of RunTaskList as the threads share it.
 struct TaskList {
     void (*task)(const void*, std::size_t) = nullptr;
@@ -62,7 +64,10 @@ private:
         if (static_cast<int>(threads_.size()) > helpers) SendHome();
         try {
             while (static_cast<int>(threads_.size()) < helpers) {
-                threads_.emplace_back([this, seen = call_.load()] { Help(seen); });
+                threads_.emplace_back([this, number = threads_.size() + 1, seen = call_.load()] {
+                    threadNumber = number;
+                    Help(seen);
+                });
             }
         } catch (const std::system_error&) {
         }
@@ -114,6 +119,8 @@ Crew crew;
 int ThreadCount() { return crew.threads; }
 
 void SetThreadCount(int count) { crew.threads = count < 1 ? ProcessorCount() : count; }
+
+std::size_t ThreadNumber() { return threadNumber; }
 
 void RunTaskList(std::size_t count, void (*task)(const void*, std::size_t), const void* context) {
     TaskList list;

@@ -15,6 +15,9 @@ namespace kaldra {
 // Sets the number of threads in use; below 1 means one per processor. Not while tasks run.
 void SetThreadCount(int count);
 
+// Which of the threads in use runs the task that asks: 0 is the caller's, the last is ThreadCount() - 1.
+[[nodiscard]] std::size_t ThreadNumber();
+
 // Runs task(context, 0) .. task(context, count - 1) and returns when all have ended.
 void RunTaskList(std::size_t count, void (*task)(const void* context, std::size_t number), const void* context);
 

@@ -18,7 +18,7 @@ namespace kaldra {
 namespace {
 
 // A region of fewer equations is eliminated as a whole.
-constexpr std::size_t smallestRegion = 40;
+constexpr std::size_t smallestRegion = 24;
 
 // A region is worked on by one thread when it is this deep or has no more equations than this.
 constexpr std::int32_t depthOfTasks = 4;

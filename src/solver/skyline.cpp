@@ -120,8 +120,8 @@ int FactorSkyline() {
     std::vector<ColumnGroup> groups;
     LargeTable<double> scratch;
     const std::size_t scratchOfStrip = static_cast<std::size_t>(HighestGroup()) * groupWidth;
-    constexpr std::size_t strips = 64;  // more threads than that would share their scratch
-    if (!MakeTable(groups, GroupCount()) || !MakeTable(scratch, scratchOfStrip * strips)) return 0;
+    const auto threads = static_cast<std::size_t>(ThreadCount());
+    if (!MakeTable(groups, GroupCount()) || !MakeTable(scratch, scratchOfStrip * threads)) return 0;
     for (std::size_t g = 0; g < GroupCount(); ++g) {
         groups[g] = {model.SkylineStore.data() + profile.start[g], profile.top[g], nullptr};
     }
@@ -138,7 +138,7 @@ int FactorSkyline() {
         const std::size_t group = strip * groupsPerStrip;
         if (IsRunning()) {
             LoadStrip(strip);
-            kernels.factorStrip(system, group, groupsPerStrip, scratch.data() + strip % strips * scratchOfStrip);
+            kernels.factorStrip(system, group, groupsPerStrip, scratch.data() + ThreadNumber() * scratchOfStrip);
         } else {
             AwaitGroup(&ready, static_cast<std::uint32_t>(group));
             __atomic_store_n(&ready, static_cast<std::uint32_t>(group + groupsPerStrip), __ATOMIC_RELEASE);

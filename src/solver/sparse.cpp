@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -11,7 +10,6 @@
 #include "platform/memory.h"
 #include "platform/narrow.h"
 #include "platform/parallel.h"
-#include "run/messages.h"
 #include "run/run_state.h"
 #include "solver/dense_kernels.h"
 
@@ -21,69 +19,13 @@ namespace {
 
 std::size_t At(std::int64_t index) { return static_cast<std::size_t>(index); }
 
-// What one thread needs to work on a subtree.
-struct Arena {
-    std::array<LargeTable<double>, 2> updates;  // by even and odd depth
-    LargeTable<double> scratch;                 // of a strip
-    std::vector<ColumnGroup> groups;
-};
-
-// Everything besides the factor that a factorisation holds.
-struct Workspace {
-    std::vector<Arena> arenas;
-    std::vector<std::atomic_flag> taken;  // per arena
-    LargeTable<double> sharedUpdates;
-    std::int64_t mostPivots = 0;
-    std::int64_t mostGroups = 0;
-};
-
-// An arena for the life of a task.
-class ArenaLease {
-public:
-    explicit ArenaLease(Workspace& w) : workspace_(w) {
-        while (w.taken[number_].test_and_set(std::memory_order_acquire)) number_ = (number_ + 1) % w.arenas.size();
-    }
-    ~ArenaLease() { workspace_.taken[number_].clear(std::memory_order_release); }
-    ArenaLease(const ArenaLease&) = delete;
-    ArenaLease& operator=(const ArenaLease&) = delete;
-    [[nodiscard]] Arena& Get() const { return workspace_.arenas[number_]; }
-
-private:
-    Workspace& workspace_;
-    std::size_t number_ = 0;
-};
-
-std::size_t ArenaCount() { return static_cast<std::size_t>(ThreadCount()); }
-
-void FindLargest(Workspace& w) {
-    for (const Supernode& node : model.tree.nodes) {
-        w.mostPivots = std::max<std::int64_t>(w.mostPivots, node.padded);
-        w.mostGroups = std::max(w.mostGroups, node.Groups());
-    }
-}
-
-[[nodiscard]] int MakeWorkspace(Workspace& w) {
-    const EliminationTree& t = model.tree;
-    FindLargest(w);
-    if (!MakeTable(w.arenas, ArenaCount()) || !MakeTable(w.sharedUpdates, At(t.sharedUpdates))) return 0;
-    for (Arena& arena : w.arenas) {
-        for (std::size_t parity = 0; parity < 2; ++parity) {
-            if (!MakeTable(arena.updates[parity], At(t.workspace[parity]))) return 0;
-        }
-        if (!MakeTable(arena.scratch, At(w.mostPivots) * groupWidth)) return 0;
-        if (!MakeTable(arena.groups, At(w.mostGroups))) return 0;
-    }
-    return WithMemory(ArenaCount(), [&] { std::vector<std::atomic_flag>(ArenaCount()).swap(w.taken); });
-}
-
 // ---------------------------------------------------------------------------------------------------------------------
 // Fronts
 
 double* FactorOf(const Supernode& node) { return model.sparse.rows.data() + node.factor; }
 
-double* UpdateOf(const Supernode& node, Workspace& w, Arena& arena) {
-    double* const base = node.updateIsShared ? w.sharedUpdates.data() : arena.updates[At(node.depth % 2)].data();
-    return base + node.update;
+double* UpdateOf(const Supernode& node, SubtreeWorkspace& w) {
+    return (node.updateIsShared ? model.sparse.sharedUpdates : w.updates[At(node.depth % 2)]).data() + node.update;
 }
 
 // A front as it is gathered and eliminated.
@@ -168,21 +110,21 @@ std::size_t GroupsInStrip(const DenseSystem& system, std::size_t group) {
 }
 
 // Gathers and eliminates one supernode of a subtree.
-void EliminateFront(std::int32_t s, Workspace& w, Arena& arena) {
+void EliminateFront(std::int32_t s, SubtreeWorkspace& w) {
     const EliminationTree& t = model.tree;
     const Supernode& node = t.nodes[At(s)];
-    const Front front{node, FactorOf(node), UpdateOf(node, w, arena)};
+    const Front front{node, FactorOf(node), UpdateOf(node, w)};
     ClearGroups(front, 0, node.Groups());
     SetEntries(front, EntriesEnd(s));
     for (auto c = node.firstChild; c >= 0; c = t.nodes[At(c)].nextSibling) {
         const Supernode& child = t.nodes[At(c)];
-        const double* const update = UpdateOf(child, w, arena);
+        const double* const update = UpdateOf(child, w);
         for (std::int64_t group = 0; group < child.RemainderGroups(); ++group) AddGroup(front, child, update, group);
     }
-    const DenseSystem system = SystemOf(front, arena.groups);
+    const DenseSystem system = SystemOf(front, w.groups);
     const DenseKernels& kernels = ChosenDenseKernels();
     for (std::size_t group = 0; group < system.groupCount; group += groupsPerStrip) {
-        kernels.factorStrip(system, group, GroupsInStrip(system, group), arena.scratch.data());
+        kernels.factorStrip(system, group, GroupsInStrip(system, group), w.scratch.data());
     }
 }
 
@@ -191,10 +133,11 @@ void AwaitGroup(const std::uint32_t* ready, std::uint32_t wanted) {
 }
 
 // The same by all threads, strip by strip.
-void EliminateTopFront(std::int32_t s, Workspace& w) {
+void EliminateTopFront(std::int32_t s) {
     const EliminationTree& t = model.tree;
+    SparseFactor& f = model.sparse;
     const Supernode& node = t.nodes[At(s)];
-    const Front front{node, FactorOf(node), w.sharedUpdates.data() + node.update};
+    const Front front{node, FactorOf(node), f.sharedUpdates.data() + node.update};
     constexpr std::size_t groupsPerTask = 4;
     RunChunks(At(node.Groups()), groupsPerTask, [&](std::size_t first, std::size_t end) {
         ClearGroups(front, static_cast<std::int64_t>(first), static_cast<std::int64_t>(end));
@@ -202,7 +145,7 @@ void EliminateTopFront(std::int32_t s, Workspace& w) {
     SetEntries(front, EntriesEnd(s));
     for (auto c = node.firstChild; c >= 0; c = t.nodes[At(c)].nextSibling) {
         const Supernode& child = t.nodes[At(c)];
-        const double* const update = w.sharedUpdates.data() + child.update;
+        const double* const update = f.sharedUpdates.data() + child.update;
         RunChunks(At(child.RemainderGroups()), groupsPerTask, [&](std::size_t first, std::size_t end) {
             for (std::size_t group = first; group < end; ++group) {
                 AddGroup(front, child, update, static_cast<std::int64_t>(group));
@@ -210,7 +153,7 @@ void EliminateTopFront(std::int32_t s, Workspace& w) {
         });
     }
     std::uint32_t ready = 0;
-    DenseSystem system = SystemOf(front, w.arenas[0].groups);
+    DenseSystem system = SystemOf(front, f.workspaces[0].groups);
     system.ready = &ready;
     system.wait = AwaitGroup;
     const DenseKernels& kernels = ChosenDenseKernels();
@@ -219,8 +162,7 @@ void EliminateTopFront(std::int32_t s, Workspace& w) {
         const std::size_t group = strip * groupsPerStrip;
         const std::size_t count = GroupsInStrip(system, group);
         if (IsRunning()) {
-            const ArenaLease arena(w);
-            kernels.factorStrip(system, group, count, arena.Get().scratch.data());
+            kernels.factorStrip(system, group, count, f.workspaces[ThreadNumber()].scratch.data());
         } else {
             AwaitGroup(&ready, static_cast<std::uint32_t>(group));
             __atomic_store_n(&ready, static_cast<std::uint32_t>(group + count), __ATOMIC_RELEASE);
@@ -230,10 +172,46 @@ void EliminateTopFront(std::int32_t s, Workspace& w) {
 
 }  // namespace
 
-bool TryMakeSparseFactor() {
-    SparseFactor& f = model.sparse;
+// ---------------------------------------------------------------------------------------------------------------------
+// Tables
+
+namespace {
+
+[[nodiscard]] bool TryMakeWorkspaces() {
     const EliminationTree& t = model.tree;
-    return TryMakeTable(f.rows, At(t.factorEntries)) && TryMakeTable(f.reciprocal, t.equation.size());
+    std::int64_t mostPivots = 0;
+    std::int64_t mostGroups = 0;
+    for (const Supernode& node : t.nodes) {
+        mostPivots = std::max<std::int64_t>(mostPivots, node.padded);
+        mostGroups = std::max(mostGroups, node.Groups());
+    }
+    if (!TryMakeTable(model.sparse.workspaces, At(ThreadCount()))) return false;
+    for (SubtreeWorkspace& w : model.sparse.workspaces) {
+        if (!TryMakeTable(w.updates[0], At(t.workspace[0])) || !TryMakeTable(w.updates[1], At(t.workspace[1])))
+            return false;
+        if (!TryMakeTable(w.scratch, At(mostPivots) * groupWidth) || !TryMakeTable(w.groups, At(mostGroups)))
+            return false;
+    }
+    return true;
+}
+
+[[nodiscard]] bool TryMakeVectors() {
+    const EliminationTree& t = model.tree;
+    SparseFactor& f = model.sparse;
+    if (!TryMakeTable(f.own, t.equation.size()) || !TryMakeTable(f.firstLeft, t.nodes.size() + 1)) return false;
+    for (std::size_t s = 0; s < t.nodes.size(); ++s) {
+        f.firstLeft[s + 1] = f.firstLeft[s] + 8 * t.nodes[s].RemainderGroups();
+    }
+    return TryMakeTable(f.left, At(f.firstLeft.back()));
+}
+
+}  // namespace
+
+bool TryMakeSparseFactor() {
+    const EliminationTree& t = model.tree;
+    SparseFactor& f = model.sparse;
+    return TryMakeTable(f.rows, At(t.factorEntries)) && TryMakeTable(f.reciprocal, t.equation.size()) &&
+           TryMakeTable(f.sharedUpdates, At(t.sharedUpdates)) && TryMakeWorkspaces() && TryMakeVectors();
 }
 
 double BytesOfSparse() {
@@ -244,16 +222,14 @@ double BytesOfSparse() {
 
 int FactorSparse() {
     const EliminationTree& t = model.tree;
-    Workspace w;
-    if (!MakeWorkspace(w)) return 0;
     RunTasks(t.subtrees.size(), [&](std::size_t task) {
-        const ArenaLease arena(w);
+        SubtreeWorkspace& w = model.sparse.workspaces[ThreadNumber()];
         const Subtree& subtree = t.subtrees[task];
-        for (std::int32_t s = subtree.begin; s < subtree.end && IsRunning(); ++s) EliminateFront(s, w, arena.Get());
+        for (std::int32_t s = subtree.begin; s < subtree.end && IsRunning(); ++s) EliminateFront(s, w);
     });
     for (const std::int32_t s : t.top) {
         if (!IsRunning()) return 0;
-        EliminateTopFront(s, w);
+        EliminateTopFront(s);
     }
     return IsRunning();
 }
@@ -263,45 +239,30 @@ int FactorSparse() {
 
 namespace {
 
-// The vectors of a solution. In `own` stand the values of the pivots by position; in `left` what the supernodes leave
-// to their parents, per row of a remainder, each remainder beginning at a multiple of eight.
-struct Vectors {
-    LargeTable<double> own;
-    LargeTable<double> left;
-    std::vector<std::int64_t> firstLeft;  // per supernode
-};
+double* LeftOf(std::int32_t s) { return model.sparse.left.data() + model.sparse.firstLeft[At(s)]; }
 
-[[nodiscard]] int MakeVectors(Vectors& v) {
-    const EliminationTree& t = model.tree;
-    if (!MakeTable(v.own, t.equation.size()) || !MakeTable(v.firstLeft, t.nodes.size() + 1)) return 0;
-    for (std::size_t s = 0; s < t.nodes.size(); ++s) {
-        v.firstLeft[s + 1] = v.firstLeft[s] + 8 * t.nodes[s].RemainderGroups();
-    }
-    return MakeTable(v.left, At(v.firstLeft.back()));
-}
-
-double* LeftOf(Vectors& v, std::int32_t s) { return v.left.data() + v.firstLeft[At(s)]; }
+double* OwnOf(const Supernode& node) { return model.sparse.own.data() + node.first; }
 
 // Adds what a child leaves to the vectors of its parent.
-void AddChild(Vectors& v, const Supernode& node, std::int32_t c, double* left) {
+void AddChild(const Supernode& node, std::int32_t c, double* left) {
     const EliminationTree& t = model.tree;
     const Supernode& child = t.nodes[At(c)];
-    const double* const from = LeftOf(v, c);
-    double* const own = v.own.data() + node.first;
+    const double* const from = LeftOf(c);
+    double* const own = OwnOf(node);
     for (std::int32_t i = 0; i < child.remainder; ++i) {
         const std::int32_t place = t.place[At(child.firstRow + i)];
         (place < node.padded ? own[place] : left[place - node.padded]) += from[i];
     }
 }
 
-void SolveForward(Vectors& v, std::int32_t s) {
+void SolveForward(std::int32_t s) {
     const EliminationTree& t = model.tree;
     const Supernode& node = t.nodes[At(s)];
     const DenseKernels& kernels = ChosenDenseKernels();
-    double* const own = v.own.data() + node.first;
-    double* const left = LeftOf(v, s);
+    double* const own = OwnOf(node);
+    double* const left = LeftOf(s);
     std::fill_n(left, 8 * node.RemainderGroups(), 0.0);
-    for (auto c = node.firstChild; c >= 0; c = t.nodes[At(c)].nextSibling) AddChild(v, node, c, left);
+    for (auto c = node.firstChild; c >= 0; c = t.nodes[At(c)].nextSibling) AddChild(node, c, left);
     const double* const factor = FactorOf(node);
     for (std::int64_t g = 0; g < node.Groups(); ++g) {
         const double* const rows = factor + node.FactorOffset(g);
@@ -314,16 +275,16 @@ void SolveForward(Vectors& v, std::int32_t s) {
     }
 }
 
-void SolveBackward(Vectors& v, std::int32_t s) {
+void SolveBackward(std::int32_t s) {
     const EliminationTree& t = model.tree;
     const Supernode& node = t.nodes[At(s)];
     const DenseKernels& kernels = ChosenDenseKernels();
-    double* const own = v.own.data() + node.first;
-    double* const left = LeftOf(v, s);
+    double* const own = OwnOf(node);
+    double* const left = LeftOf(s);
     const double* const reciprocal = model.sparse.reciprocal.data() + node.first;
     for (std::int32_t i = 0; i < node.padded; ++i) own[i] *= reciprocal[i];
     std::fill_n(left, 8 * node.RemainderGroups(), 0.0);
-    for (std::int32_t i = 0; i < node.remainder; ++i) left[i] = v.own[At(t.row[At(node.firstRow + i)])];
+    for (std::int32_t i = 0; i < node.remainder; ++i) left[i] = model.sparse.own[At(t.row[At(node.firstRow + i)])];
     const double* const factor = FactorOf(node);
     const std::int64_t pivotGroups = node.PivotGroups();
     kernels.backward(factor + node.FactorOffset(pivotGroups), At(node.padded), At(node.RemainderGroups()),
@@ -339,27 +300,26 @@ void SolveBackward(Vectors& v, std::int32_t s) {
 
 int SolveSparse(std::span<float> rhs) {
     const EliminationTree& t = model.tree;
-    Vectors v;
-    if (!MakeVectors(v)) return 0;
+    LargeTable<double>& own = model.sparse.own;
     for (std::size_t i = 0; i < t.equation.size(); ++i) {
-        v.own[i] = t.equation[i] < 0 ? 0.0 : static_cast<double>(rhs[At(t.equation[i])]);
+        own[i] = t.equation[i] < 0 ? 0.0 : static_cast<double>(rhs[At(t.equation[i])]);
     }
     RunTasks(t.subtrees.size(), [&](std::size_t task) {
         const Subtree& subtree = t.subtrees[task];
-        for (std::int32_t s = subtree.begin; s < subtree.end && IsRunning(); ++s) SolveForward(v, s);
+        for (std::int32_t s = subtree.begin; s < subtree.end && IsRunning(); ++s) SolveForward(s);
     });
     for (const std::int32_t s : t.top) {
         if (!IsRunning()) return 0;
-        SolveForward(v, s);
+        SolveForward(s);
     }
-    for (std::size_t i = t.top.size(); i-- > 0;) SolveBackward(v, t.top[i]);
+    for (std::size_t i = t.top.size(); i-- > 0;) SolveBackward(t.top[i]);
     RunTasks(t.subtrees.size(), [&](std::size_t task) {
         const Subtree& subtree = t.subtrees[task];
-        for (std::int32_t s = subtree.end; s-- > subtree.begin && IsRunning();) SolveBackward(v, s);
+        for (std::int32_t s = subtree.end; s-- > subtree.begin && IsRunning();) SolveBackward(s);
     });
     if (!IsRunning()) return 0;
     for (std::size_t i = 0; i < t.equation.size(); ++i) {
-        if (t.equation[i] >= 0) rhs[At(t.equation[i])] = Narrow(v.own[i]);
+        if (t.equation[i] >= 0) rhs[At(t.equation[i])] = Narrow(own[i]);
     }
     return 1;
 }

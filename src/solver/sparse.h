@@ -15,11 +15,11 @@ namespace kaldra {
 // Bytes that they take, with what a factorisation takes besides.
 [[nodiscard]] double BytesOfSparse();
 
-// Factorises the free equations of model.system. Gives 1; 0 after message 1138, or without one when Stop was pressed.
+// Factorises the free equations of model.system. Gives 1, or 0 when Stop was pressed.
 [[nodiscard]] int FactorSparse();
 
 // Turns the right-hand side of the free equations into the solution, by the last factorisation; the others keep
-// theirs. Gives 1; 0 after message 1138, or without one when Stop was pressed.
+// theirs. Gives 1, or 0 when Stop was pressed.
 [[nodiscard]] int SolveSparse(std::span<float> rhs);
 
 }  // namespace kaldra

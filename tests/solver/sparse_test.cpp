@@ -179,7 +179,7 @@ TEST_F(Sparse, EndsAtStopAndWithoutMemory) {
             }
         }
         EXPECT_GE(failures, 15);
-        EXPECT_EQ(detours, solver == Solver::Automatic ? 2 : 0);  // neither the rows nor the pivots could be had
+        EXPECT_EQ(detours > 2, solver == Solver::Automatic);
     }
 }
 
