@@ -12,6 +12,7 @@
 #include "model/problem_model.h"
 #include "model/time_sequence.h"
 #include "platform/narrow.h"
+#include "platform/parallel.h"
 #include "run/run_state.h"
 
 namespace kaldra {
@@ -50,8 +51,11 @@ static float TransientLoad(std::size_t n, float increment) {
 int AssembleTransientSystem() {
     if (!IsRunning()) return 0;
     const float increment = StepIncrement(runState.currentStep);
-    for (std::size_t n = 0; n < Nodes(); ++n) model.SolutionVector[n] = TransientLoad(n, increment);
-    if (!AssembleMatrix() || !FormElementLoads()) return 0;
+    constexpr std::size_t nodesPerTask = 16384;
+    RunChunks(Nodes(), nodesPerTask, [increment](std::size_t first, std::size_t end) {
+        for (std::size_t n = first; n < end; ++n) model.SolutionVector[n] = TransientLoad(n, increment);
+    });
+    if (!AssembleMatrix()) return 0;
     AddElementLoads();
     return 1;
 }

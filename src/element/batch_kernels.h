@@ -58,10 +58,11 @@ struct BatchKernels {
     // Evaluates and records the values at the points. Gives whether a conductivity or a capacity is another than was
     // recorded.
     bool (*evaluate)(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, LaneHints& hints);
-    // Forms the element matrices of the system, dt K + Cap or K alone, from the record.
-    void (*form)(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, float* entries);
-    // Forms Cap T old from the record.
-    void (*load)(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, float* loads);
+    // Forms the element matrices of the system, K alone or dt K + Cap and with it Cap T old, from the record.
+    void (*form)(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, float* entries,
+                 float* loads);
+    // Forms Cap T old alone.
+    void (*load)(const LaneTables& tables, const LaneBatch& batch, float* loads);
     // Gives per point, 16 bits each, which lanes have crossed the freezing point: bits 0 to 7 upwards, 8 to 15
     // downwards. `now` takes the present temperatures, [point][lane].
     void (*cross)(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now,

@@ -1,6 +1,10 @@
 // The batch kernels in vectors of eight lanes; included once per processor, with KALDRA_KERNELS naming the table.
 //
 // NOLINTBEGIN: no include guard, on purpose.
+#if defined(__AVX2__)
+#include <immintrin.h>
+#endif
+
 #include "element/batch_kernels.h"
 
 namespace kaldra {
@@ -22,13 +26,21 @@ constexpr std::size_t mostPoints = 9;
 
 KALDRA_INLINE Wide8 Widen(Real8 v) { return __builtin_convertvector(v, Wide8); }
 KALDRA_INLINE Real8 Narrow8(Wide8 v) { return __builtin_convertvector(v, Real8); }
-KALDRA_INLINE Real8 All(float v) { return Real8{} + v; }
-KALDRA_INLINE Wide8 AllWide(double v) { return Wide8{} + v; }
+KALDRA_INLINE Real8 All(float v) { return Real8{v, v, v, v, v, v, v, v}; }
+KALDRA_INLINE Wide8 AllWide(double v) { return Wide8{v, v, v, v, v, v, v, v}; }
 
-KALDRA_INLINE bool Any(Mask8 m) {
-    const auto bits = (m[0] | m[1]) | (m[2] | m[3]) | (m[4] | m[5]) | (m[6] | m[7]);
-    return bits != 0;
+// Bit i is lane i.
+KALDRA_INLINE unsigned BitsOf(Mask8 mask) {
+#if defined(__AVX2__)
+    return static_cast<unsigned>(_mm256_movemask_ps(reinterpret_cast<__m256>(mask)));
+#else
+    unsigned bits = 0;
+    for (std::size_t lane = 0; lane < lanes; ++lane) bits |= (mask[lane] != 0 ? 1U : 0U) << lane;
+    return bits;
+#endif
 }
+
+KALDRA_INLINE bool Any(Mask8 m) { return BitsOf(m) != 0; }
 
 KALDRA_INLINE Real8 LoadReal(const float* p) {
     Real8 v;
@@ -69,37 +81,49 @@ KALDRA_INLINE std::size_t SearchInterval(const LaneFunction& f, float x) {
     return low;
 }
 
+// The lanes whose x lies in the interval.
+KALDRA_INLINE Mask8 LanesWithin(const LaneFunction& f, Real8 x, std::size_t interval) {
+    const Mask8 isLast = Mask8{} - (interval + 1 == f.intervals ? 1 : 0);
+    return (x >= All(f.x[interval])) & ((x < All(f.x[interval + 1])) | isLast);
+}
+
+KALDRA_INLINE Intervals8 AllInInterval(const LaneInterval& i) {
+    return {AllWide(i.a),         AllWide(i.b),           AllWide(i.half),
+            AllWide(i.twoByCube), AllWide(i.oneBySquare), AllWide(i.oneByNarrowedSquare),
+            AllWide(i.ya),        AllWide(i.ma),          AllWide(i.yb),
+            AllWide(i.mb)};
+}
+
+KALDRA_INLINE void PutInInterval(Intervals8& at, WideMask8 which, const LaneInterval& i) {
+    at.a = which ? AllWide(i.a) : at.a;
+    at.b = which ? AllWide(i.b) : at.b;
+    at.half = which ? AllWide(i.half) : at.half;
+    at.twoByCube = which ? AllWide(i.twoByCube) : at.twoByCube;
+    at.oneBySquare = which ? AllWide(i.oneBySquare) : at.oneBySquare;
+    at.oneByNarrowedSquare = which ? AllWide(i.oneByNarrowedSquare) : at.oneByNarrowedSquare;
+    at.ya = which ? AllWide(i.ya) : at.ya;
+    at.ma = which ? AllWide(i.ma) : at.ma;
+    at.yb = which ? AllWide(i.yb) : at.yb;
+    at.mb = which ? AllWide(i.mb) : at.mb;
+}
+
 // Sets x back into the range of the function, and finds the intervals. `hint` is the interval of the last call: mostly
-// all lanes lie in it.
+// all lanes lie in it, and otherwise in few.
 KALDRA_INLINE Intervals8 FindIntervals(const LaneFunction& f, Real8& x, std::size_t& hint) {
     const float first = f.x[0];
     const float last = f.x[f.intervals];
     x = x <= All(first) ? All(first) : x;
     x = All(last) <= x ? All(last) : x;
-    const bool isLast = hint + 1 == f.intervals;
-    const auto within = (x >= All(f.x[hint])) & ((x < All(f.x[hint + 1])) | (Mask8{} - (isLast ? 1 : 0)));
-    Intervals8 at;
-    if (!Any(~within)) {
-        const LaneInterval& i = f.interval[hint];
-        at = {AllWide(i.a),         AllWide(i.b),           AllWide(i.half),
-              AllWide(i.twoByCube), AllWide(i.oneBySquare), AllWide(i.oneByNarrowedSquare),
-              AllWide(i.ya),        AllWide(i.ma),          AllWide(i.yb),
-              AllWide(i.mb)};
-        return at;
-    }
-    for (std::size_t lane = 0; lane < lanes; ++lane) {
-        hint = SearchInterval(f, x[lane]);
-        const LaneInterval& i = f.interval[hint];
-        at.a[lane] = i.a;
-        at.b[lane] = i.b;
-        at.half[lane] = i.half;
-        at.twoByCube[lane] = i.twoByCube;
-        at.oneBySquare[lane] = i.oneBySquare;
-        at.oneByNarrowedSquare[lane] = i.oneByNarrowedSquare;
-        at.ya[lane] = i.ya;
-        at.ma[lane] = i.ma;
-        at.yb[lane] = i.yb;
-        at.mb[lane] = i.mb;
+    unsigned missing = BitsOf(~LanesWithin(f, x, hint));
+    Intervals8 at = AllInInterval(f.interval[hint]);
+    float values[lanes];
+    if (missing != 0) StoreReal(values, x);
+    while (missing != 0) {
+        const auto lane = static_cast<unsigned>(__builtin_ctz(missing));
+        hint = SearchInterval(f, values[lane]);
+        const Mask8 which = LanesWithin(f, x, hint);
+        PutInInterval(at, __builtin_convertvector(which, WideMask8), f.interval[hint]);
+        missing &= ~(BitsOf(which) | 1U << lane);  // what is no number lies in no interval
     }
     return at;
 }
@@ -334,32 +358,10 @@ KALDRA_INLINE void SumCapacity(const LaneTables& tables, const LaneBatch& batch,
     }
 }
 
+// Stores Cap T old.
 template <std::size_t M>
-void FormBatch(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& set, float* entries) {
+KALDRA_INLINE void StoreLoads(const LaneTables& tables, const LaneBatch& batch, const Real8* Cap, float* loads) {
     const std::size_t m = SlotsOf<M>(batch);
-    Real8 K[M != 0 ? M * M : mostSlots * mostSlots]{};
-    const Record8 record = RecordOf(batch);
-    for (std::size_t point = 0; point < batch.points; ++point) {
-        AddConduction8<M>(batch, set, ShapeOf<M>(batch, point), ReadRecord(tables, record, runConductivity, point), K);
-    }
-    if (set.transient) {
-        Real8 Cap[M != 0 ? M * M : mostSlots * mostSlots]{};
-        SumCapacity<M>(tables, batch, Cap);
-        const Real8 increment = All(set.increment);
-        for (std::size_t i = 0; i < m; ++i) {
-            for (std::size_t j = 0; j < m; ++j) {
-                K[i * m + j] = K[i * m + j] * increment + Cap[i < j ? i * m + j : j * m + i];
-            }
-        }
-    }
-    for (std::size_t entry = 0; entry < m * m; ++entry) StoreReal(entries + entry * lanes, K[entry]);
-}
-
-template <std::size_t M>
-void LoadBatch(const LaneTables& tables, const LaneBatch& batch, const LaneSettings&, float* loads) {
-    const std::size_t m = SlotsOf<M>(batch);
-    Real8 Cap[M != 0 ? M * M : mostSlots * mostSlots]{};
-    SumCapacity<M>(tables, batch, Cap);
     SlotTemperatures8 nodal;
     CollectTemperatures<M>(tables, batch, nodal);
     for (std::size_t i = 0; i < m; ++i) {
@@ -371,14 +373,38 @@ void LoadBatch(const LaneTables& tables, const LaneBatch& batch, const LaneSetti
     }
 }
 
+template <std::size_t M>
+void FormBatch(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& set, float* entries,
+               float* loads) {
+    const std::size_t m = SlotsOf<M>(batch);
+    Real8 K[M != 0 ? M * M : mostSlots * mostSlots]{};
+    const Record8 record = RecordOf(batch);
+    for (std::size_t point = 0; point < batch.points; ++point) {
+        AddConduction8<M>(batch, set, ShapeOf<M>(batch, point), ReadRecord(tables, record, runConductivity, point), K);
+    }
+    if (set.transient) {
+        Real8 Cap[M != 0 ? M * M : mostSlots * mostSlots]{};
+        SumCapacity<M>(tables, batch, Cap);
+        StoreLoads<M>(tables, batch, Cap, loads);
+        const Real8 increment = All(set.increment);
+        for (std::size_t i = 0; i < m; ++i) {
+            for (std::size_t j = 0; j < m; ++j) {
+                K[i * m + j] = K[i * m + j] * increment + Cap[i < j ? i * m + j : j * m + i];
+            }
+        }
+    }
+    for (std::size_t entry = 0; entry < m * m; ++entry) StoreReal(entries + entry * lanes, K[entry]);
+}
+
+template <std::size_t M>
+void LoadBatch(const LaneTables& tables, const LaneBatch& batch, float* loads) {
+    Real8 Cap[M != 0 ? M * M : mostSlots * mostSlots]{};
+    SumCapacity<M>(tables, batch, Cap);
+    StoreLoads<M>(tables, batch, Cap, loads);
+}
+
 // ---------------------------------------------------------------------------------------------------------------------
 // Crossings of the freezing point
-
-KALDRA_INLINE unsigned BitsOf(Mask8 mask) {
-    unsigned bits = 0;
-    for (std::size_t lane = 0; lane < lanes; ++lane) bits |= (mask[lane] != 0 ? 1U : 0U) << lane;
-    return bits;
-}
 
 template <std::size_t M>
 void CrossBatch(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now,
@@ -417,12 +443,13 @@ bool Evaluate(const LaneTables& tables, const LaneBatch& batch, const LaneSettin
     KALDRA_BY_SLOTS(EvaluateBatch, tables, batch, settings, hints)
 }
 
-void Form(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, float* entries) {
-    KALDRA_BY_SLOTS(FormBatch, tables, batch, settings, entries)
+void Form(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, float* entries,
+          float* loads) {
+    KALDRA_BY_SLOTS(FormBatch, tables, batch, settings, entries, loads)
 }
 
-void Load(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, float* loads) {
-    KALDRA_BY_SLOTS(LoadBatch, tables, batch, settings, loads)
+void Load(const LaneTables& tables, const LaneBatch& batch, float* loads) {
+    KALDRA_BY_SLOTS(LoadBatch, tables, batch, loads)
 }
 
 void Cross(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now, std::uint16_t* crossed) {

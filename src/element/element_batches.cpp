@@ -195,7 +195,7 @@ KindShapes ShapesOf(const ElementKind& kind, const ElementRec& element) {
     return shapes;
 }
 
-constexpr std::size_t batchesPerTask = 64;
+constexpr std::size_t batchesPerTask = 128;
 
 // Runs work(first, end) over the batches of one kind, and stops early when Stop was pressed.
 template <class Work>
@@ -318,6 +318,7 @@ int FormElementMatrices(bool& changed) {
     if (!all && inputs == b.inputs) return IsRunning();
     const LaneTables tables = TablesOfModel();
     const BatchKernels& kernels = ChosenBatchKernels();
+    const bool stepIsNew = runState.currentStep != b.inputs.step;  // and with it the old temperatures of the loads
     std::atomic<bool> anyFormed{false};
     b.entriesFormed = false;  // a stop may leave them half made
     for (const ElementKind& kind : b.kinds) {
@@ -326,10 +327,15 @@ int FormElementMatrices(bool& changed) {
             LaneHints hints;
             for (std::size_t batch = first; batch < end; ++batch) {
                 const LaneBatch lanes = BatchAt(b, kind, batch);
-                if (!kernels.evaluate(tables, lanes, settings, hints) && !all) continue;
-                anyFormed.store(true, std::memory_order_relaxed);
-                float* const entries = b.entries.data() + kind.firstEntry;
-                kernels.form(tables, lanes, settings, entries + BatchInKind(kind, batch) * kind.EntriesPerBatch());
+                const std::size_t inKind = BatchInKind(kind, batch);
+                float* const entries = b.entries.data() + kind.firstEntry + inKind * kind.EntriesPerBatch();
+                float* const loads = b.loads.data() + kind.firstLoad + inKind * kind.LoadsPerBatch();
+                if (kernels.evaluate(tables, lanes, settings, hints) || all) {
+                    anyFormed.store(true, std::memory_order_relaxed);
+                    kernels.form(tables, lanes, settings, entries, loads);
+                } else if (settings.transient && stepIsNew) {
+                    kernels.load(tables, lanes, loads);
+                }
             }
         });
     }
@@ -339,22 +345,6 @@ int FormElementMatrices(bool& changed) {
     b.entriesFormed = true;
     b.increment = increment;
     return 1;
-}
-
-int FormElementLoads() {
-    ElementBatches& b = model.batches;
-    const LaneTables tables = TablesOfModel();
-    const BatchKernels& kernels = ChosenBatchKernels();
-    for (const ElementKind& kind : b.kinds) {
-        const LaneSettings settings = SettingsOf(b, kind);
-        OverBatches(kind, [&](std::size_t first, std::size_t end) {
-            for (std::size_t batch = first; batch < end; ++batch) {
-                float* const loads = b.loads.data() + kind.firstLoad + BatchInKind(kind, batch) * kind.LoadsPerBatch();
-                kernels.load(tables, BatchAt(b, kind, batch), settings, loads);
-            }
-        });
-    }
-    return IsRunning();
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

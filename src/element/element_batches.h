@@ -17,12 +17,10 @@ namespace kaldra {
 // or message 1156. Gives 1 when there is none.
 [[nodiscard]] int CheckElementBatches();
 
-// Evaluates and records the values at all points, and forms the element matrices of the system where a value or the
-// increment is new. `changed` tells whether any was formed. Gives 1, or 0 when Stop was pressed.
+// Evaluates and records the values at all points, and forms the element matrices of the system, and Cap T old with
+// them, where a value or the increment or the step is new. `changed` tells whether any matrix was formed. Gives 1, or 0
+// when Stop was pressed.
 [[nodiscard]] int FormElementMatrices(bool& changed);
-
-// Forms Cap T old of every element from the record. Gives 1, or 0 when Stop was pressed.
-[[nodiscard]] int FormElementLoads();
 
 // A point that has crossed the freezing point in this step.
 struct PointCrossing {

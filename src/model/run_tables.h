@@ -87,6 +87,15 @@ struct SystemMatrix {
     std::vector<std::int64_t> loadStart;    // per node, and one behind the last
     std::vector<std::int32_t> load;         // in ElementBatches.loads
     std::uint64_t version = 0;              // changes whenever a value may have changed
+
+    // The entries between a free and a prescribed equation, in the order in which they move to the right-hand side, and
+    // the codes that they are listed for.
+    struct Coupling {
+        std::int32_t free, prescribed;
+        std::int64_t value;
+    };
+    std::vector<Coupling> couplings;
+    std::vector<std::int32_t> couplingCode;
 };
 
 // Where the groups of SkylineStore stand.

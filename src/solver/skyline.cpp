@@ -134,7 +134,7 @@ int FactorSkyline() {
                              AwaitGroup};
     const DenseKernels& kernels = ChosenDenseKernels();
     // After a Stop the strips that are left are only counted as ready, so that nobody waits for them.
-    RunTasks(StripCount(), [&](std::size_t strip) {
+    const auto factorStrip = [&](std::size_t strip) {
         const std::size_t group = strip * groupsPerStrip;
         if (IsRunning()) {
             LoadStrip(strip);
@@ -143,7 +143,13 @@ int FactorSkyline() {
             AwaitGroup(&ready, static_cast<std::uint32_t>(group));
             __atomic_store_n(&ready, static_cast<std::uint32_t>(group + groupsPerStrip), __ATOMIC_RELEASE);
         }
-    });
+    };
+    constexpr double worthThreads = 2e7;  // operations; fewer are done before another thread is awake
+    if (CostOfSkyline().operations < worthThreads) {
+        for (std::size_t strip = 0; strip < StripCount(); ++strip) factorStrip(strip);
+    } else {
+        RunTasks(StripCount(), factorStrip);
+    }
     return IsRunning();
 }
 

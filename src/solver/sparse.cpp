@@ -301,9 +301,12 @@ void SolveBackward(std::int32_t s) {
 int SolveSparse(std::span<float> rhs) {
     const EliminationTree& t = model.tree;
     LargeTable<double>& own = model.sparse.own;
-    for (std::size_t i = 0; i < t.equation.size(); ++i) {
-        own[i] = t.equation[i] < 0 ? 0.0 : static_cast<double>(rhs[At(t.equation[i])]);
-    }
+    constexpr std::size_t positionsPerTask = 16384;
+    RunChunks(own.size(), positionsPerTask, [&](std::size_t first, std::size_t end) {
+        for (std::size_t i = first; i < end; ++i) {
+            own[i] = t.equation[i] < 0 ? 0.0 : static_cast<double>(rhs[At(t.equation[i])]);
+        }
+    });
     RunTasks(t.subtrees.size(), [&](std::size_t task) {
         const Subtree& subtree = t.subtrees[task];
         for (std::int32_t s = subtree.begin; s < subtree.end && IsRunning(); ++s) SolveForward(s);
@@ -318,9 +321,11 @@ int SolveSparse(std::span<float> rhs) {
         for (std::int32_t s = subtree.end; s-- > subtree.begin && IsRunning();) SolveBackward(s);
     });
     if (!IsRunning()) return 0;
-    for (std::size_t i = 0; i < t.equation.size(); ++i) {
-        if (t.equation[i] >= 0) rhs[At(t.equation[i])] = Narrow(own[i]);
-    }
+    RunChunks(own.size(), positionsPerTask, [&](std::size_t first, std::size_t end) {
+        for (std::size_t i = first; i < end; ++i) {
+            if (t.equation[i] >= 0) rhs[At(t.equation[i])] = Narrow(own[i]);
+        }
+    });
     return 1;
 }
 
