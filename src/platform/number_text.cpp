@@ -6,6 +6,8 @@
 #include <cmath>
 #include <system_error>
 
+#include "platform/decimal.h"
+
 namespace kaldra {
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -125,10 +127,16 @@ bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // The unread rest of the text under one scan.
 struct Scan {
-    std::string_view rest;
+    const char* at;
+    const char* end;
 
     void SkipSpace() {
-        while (!rest.empty() && IsSpace(rest.front())) rest.remove_prefix(1);
+        while (at != end && IsSpace(*at)) ++at;
+    }
+    // What a conversion of this width may take, 0 for any.
+    [[nodiscard]] std::string_view Field(std::size_t width) const {
+        const auto rest = static_cast<std::size_t>(end - at);
+        return {at, width == 0 ? rest : std::min(width, rest)};
     }
 };
 
@@ -151,19 +159,87 @@ bool TakeSign(std::string_view& field) {
     return negative;
 }
 
+// Takes up to nine decimal digits that nothing else follows in the number. Gives false, and takes nothing, for others.
+bool TakeShortInteger(std::string_view field, std::int32_t& magnitude, const char*& behind) {
+    constexpr std::size_t surelyFitting = 9;
+    const std::size_t limit = std::min(field.size(), surelyFitting + 1);
+    std::size_t length = 0;
+    std::int32_t value = 0;
+    for (; length < limit && IsDigit(field[length]); ++length) {
+        if (length == surelyFitting) return false;
+        value = value * 10 + (field[length] - '0');
+    }
+    if (length == 0) return false;
+    magnitude = value;
+    behind = field.data() + length;
+    return true;
+}
+
 Taken TakeInteger(Scan& scan, std::size_t width, bool anyBase, std::int32_t& value) {
-    std::string_view field = scan.rest.substr(0, width);
+    std::string_view field = scan.Field(width);
     const bool negative = TakeSign(field);
+    std::int32_t shortMagnitude = 0;
+    if (!anyBase && TakeShortInteger(field, shortMagnitude, scan.at)) {
+        value = negative ? -shortMagnitude : shortMagnitude;
+        return Taken::Yes;
+    }
     const int base = anyBase ? TakeBase(field) : 10;
     if (field.empty() || field.front() == '-') return Taken::No;
     std::int64_t magnitude = 0;
     const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), magnitude, base);
     if (error == std::errc::invalid_argument) return Taken::No;
     const std::int64_t signedValue = negative ? -magnitude : magnitude;
-    scan.rest.remove_prefix(static_cast<std::size_t>(end - scan.rest.data()));
+    scan.at = end;
     if (error != std::errc() || signedValue != static_cast<std::int32_t>(signedValue)) return Taken::OutOfRange;
     value = static_cast<std::int32_t>(signedValue);
     return Taken::Yes;
+}
+
+// The digits of a plain decimal number: digits * 10^exponent, read up to `at`.
+struct PlainDecimal {
+    const char* at;
+    const char* end;
+    std::uint64_t digits = 0;
+    int exponent = 0;
+
+    // Gives the number of digits taken. Nineteen of them fit.
+    std::ptrdiff_t TakeDigits() {
+        const char* const first = at;
+        for (; at != end && IsDigit(*at); ++at) digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
+        return at - first;
+    }
+    bool TakeExponent() {
+        const bool negative = ++at != end && *at == '-';
+        if (at != end && (*at == '-' || *at == '+')) ++at;
+        int value = 0;
+        const char* const first = at;
+        for (; at != end && IsDigit(*at) && at - first < 4; ++at) value = value * 10 + (*at - '0');
+        exponent += negative ? -value : value;
+        return at != first && at - first < 4;
+    }
+    // Gives false where there is anything uncommon: no digits or too many, an exponent that is none or far too large, a
+    // hexadecimal number.
+    bool Take() {
+        std::ptrdiff_t count = TakeDigits();
+        if (at != end && *at == '.') {
+            ++at;
+            const std::ptrdiff_t decimals = TakeDigits();
+            exponent = -static_cast<int>(decimals);
+            count += decimals;
+        }
+        constexpr std::ptrdiff_t fitting = 19;
+        if (count == 0 || count > fitting) return false;
+        if (at == end) return true;
+        if (*at == 'e' || *at == 'E') return TakeExponent();
+        return *at != 'x' && *at != 'X';
+    }
+};
+
+bool TakePlainReal(std::string_view field, float& magnitude, const char*& behind) {
+    PlainDecimal number{field.data(), field.data() + field.size()};
+    if (!number.Take() || !NearestFloat(number.digits, number.exponent, magnitude)) return false;
+    behind = number.at;
+    return true;
 }
 
 // A magnitude that from_chars calls out of range is 0 when it is too small and no number when it is too large.
@@ -182,18 +258,22 @@ Taken ResolveRange(std::string_view number, float& value) {
 }
 
 Taken TakeReal(Scan& scan, std::size_t width, float& value) {
-    std::string_view field = scan.rest.substr(0, width);
+    std::string_view field = scan.Field(width);
     const bool negative = TakeSign(field);
+    float magnitude = 0;
+    if (TakePlainReal(field, magnitude, scan.at)) {
+        value = negative ? -magnitude : magnitude;
+        return Taken::Yes;
+    }
     if (field.empty() || field.front() == '-') return Taken::No;
     const bool hexadecimal = field.size() > 2 && field[0] == '0' && (field[1] == 'x' || field[1] == 'X');
     if (hexadecimal) field.remove_prefix(2);
     const auto style = hexadecimal ? std::chars_format::hex : std::chars_format::general;
-    float magnitude = 0;
     const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), magnitude, style);
     if (error == std::errc::invalid_argument) return Taken::No;
     const char* const last = field.data() + field.size();
     if (end != last && (*end == 'e' || *end == 'E')) return Taken::No;  // an exponent without digits
-    scan.rest.remove_prefix(static_cast<std::size_t>(end - scan.rest.data()));
+    scan.at = end;
     if (error != std::errc()) {
         const std::string_view number(field.data(), static_cast<std::size_t>(end - field.data()));
         if (ResolveRange(number, magnitude) != Taken::Yes) return Taken::OutOfRange;
@@ -205,52 +285,44 @@ Taken TakeReal(Scan& scan, std::size_t width, float& value) {
 }
 
 Taken TakeWord(Scan& scan, std::size_t width, std::string* word) {
-    const std::size_t limit = std::min(width, scan.rest.size());
-    std::size_t length = 0;
-    while (length < limit && !IsSpace(scan.rest[length])) ++length;
+    const std::string_view field = scan.Field(width);
+    const auto* const end = std::find_if(field.begin(), field.end(), IsSpace);
+    const auto length = static_cast<std::size_t>(end - field.begin());
     if (length == 0) return Taken::No;
-    if (word != nullptr) word->assign(scan.rest.substr(0, length));
-    scan.rest.remove_prefix(length);
+    if (word != nullptr) word->assign(field.substr(0, length));
+    scan.at += length;
     return Taken::Yes;
+}
+
+Taken TakeField(Scan& scan, const ScanFormat::Field& field, const ScanTarget* target) {
+    std::int32_t ignoredInteger = 0;
+    float ignoredReal = 0;
+    scan.SkipSpace();
+    switch (field.letter) {
+        case 's':
+            return TakeWord(scan, field.width, target ? target->word : nullptr);
+        case 'd':
+        case 'i':
+            return TakeInteger(scan, field.width, field.letter == 'i', target ? *target->integer : ignoredInteger);
+        default:
+            return TakeReal(scan, field.width, target ? *target->real : ignoredReal);
+    }
 }
 
 }  // namespace
 
-ScanResult ScanArguments(std::string_view text, std::string_view format, const ScanTarget* targets) {
+ScanResult ScanArguments(std::string_view text, const ScanFormat& format, const ScanTarget* targets) {
     ScanResult result;
-    Scan scan{text};
-    for (std::size_t at = 0; at < format.size();) {
-        if (format[at] != '%') {
-            assert(IsSpace(format[at]));
-            scan.SkipSpace();
-            ++at;
-            continue;
-        }
-        ++at;
-        const bool suppressed = at < format.size() && format[at] == '*';
-        if (suppressed) ++at;
-        const int digits = ReadDecimal(format, at);
-        const std::size_t width = digits > 0 ? static_cast<std::size_t>(digits) : std::string_view::npos;
-        const char letter = format[at++];
-        scan.SkipSpace();
-
-        Taken taken = Taken::No;
-        std::int32_t ignoredInteger = 0;
-        float ignoredReal = 0;
-        if (letter == 's') {
-            taken = TakeWord(scan, width, suppressed ? nullptr : targets->word);
-        } else if (letter == 'd' || letter == 'i') {
-            taken = TakeInteger(scan, width, letter == 'i', suppressed ? ignoredInteger : *targets->integer);
-        } else {
-            assert(letter == 'f' || letter == 'e');
-            taken = TakeReal(scan, width, suppressed ? ignoredReal : *targets->real);
-        }
-        if (suppressed && taken == Taken::OutOfRange) taken = Taken::Yes;  // nobody looks at it
-        if (taken != Taken::Yes) {
+    Scan scan{text.data(), text.data() + text.size()};
+    for (std::size_t i = 0; i < format.count; ++i) {
+        const ScanFormat::Field& field = format.fields[i];
+        const Taken taken = TakeField(scan, field, field.suppressed ? nullptr : targets);
+        const bool unwanted = field.suppressed && taken == Taken::OutOfRange;  // nobody looks at it
+        if (taken != Taken::Yes && !unwanted) {
             result.outOfRange = taken == Taken::OutOfRange;
             return result;
         }
-        if (!suppressed) {
+        if (!field.suppressed) {
             ++targets;
             ++result.fields;
         }

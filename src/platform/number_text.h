@@ -6,6 +6,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -39,6 +40,35 @@ template <class... Arguments>
     return FormatArguments(format, list.data(), list.size());
 }
 
+// A scanf format, taken apart where it stands in the code. Known conversions: %d, %i, %f, %e and %s, with a width below
+// 256 and the suppression *. Every conversion skips leading space, so that spaces of the format say nothing.
+struct ScanFormat {
+    struct Field {
+        char letter = 0;
+        bool suppressed = false;
+        std::uint8_t width = 0;  // 0: any
+    };
+    std::array<Field, 16> fields{};
+    std::uint8_t count = 0;
+
+    constexpr explicit ScanFormat(std::string_view format) {
+        for (std::size_t at = 0; at < format.size(); ++at) {
+            if (format[at] == ' ') continue;
+            assert(format[at] == '%' && count < fields.size());
+            Field& field = fields[count++];
+            field.suppressed = format[++at] == '*';
+            if (field.suppressed) ++at;
+            for (; format[at] >= '0' && format[at] <= '9'; ++at) {
+                field.width = static_cast<std::uint8_t>(field.width * 10 + (format[at] - '0'));
+            }
+            field.letter = format[at];
+            assert(std::string_view("difes").find(field.letter) != std::string_view::npos);
+        }
+    }
+    template <std::size_t size>
+    consteval ScanFormat(const char (&format)[size]) : ScanFormat(std::string_view(format, size - 1)) {}
+};
+
 // Where one conversion of ScanText stores.
 struct ScanTarget {
     std::int32_t* integer = nullptr;
@@ -55,11 +85,11 @@ struct ScanResult {
     bool outOfRange = false;  // the one that failed was a number that is not finite or does not fit 32 bits
 };
 
-[[nodiscard]] ScanResult ScanArguments(std::string_view text, std::string_view format, const ScanTarget* targets);
+[[nodiscard]] ScanResult ScanArguments(std::string_view text, const ScanFormat& format, const ScanTarget* targets);
 
-// Scans a text by a scanf format. Known conversions: %d, %i, %f, %e and %s, with a width and the suppression *.
+// Scans a text.
 template <class... Targets>
-[[nodiscard]] ScanResult ScanText(std::string_view text, std::string_view format, Targets*... targets) {
+[[nodiscard]] ScanResult ScanText(std::string_view text, const ScanFormat& format, Targets*... targets) {
     const std::array<ScanTarget, sizeof...(Targets)> list{ScanTarget(targets)...};
     return ScanArguments(text, format, list.data());
 }
