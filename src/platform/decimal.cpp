@@ -116,9 +116,8 @@ bool RoundProduct(Wide product, unsigned shift, bool exact, std::uint64_t& round
     const std::uint64_t half = unit / 2;
     const std::uint64_t rest = upper & (unit - 1);
     if (rest == half - 1 && !exact) return false;
-    const bool tie = rest == half && lower == 0 && exact;
-    rounded = upper >> shift;
-    if (tie ? (rounded & 1U) != 0 : rest >= half) ++rounded;
+    const bool staysDown = (rest == half) & (lower == 0) & exact & ((upper & unit) == 0);  // a tie, even below
+    rounded = (upper >> shift) + ((rest >= half) & !staysDown);
     return true;
 }
 
@@ -136,10 +135,7 @@ bool RoundToDecimals(double value, int decimals, std::uint64_t& digits, int& exp
     const std::uint64_t mantissa = bits << 11U | std::uint64_t{1} << 63U;
     const int e = field - 1023;
     int k = DecimalExponent(e);
-    if (BinaryExponent(k + 1) == e) {
-        const std::uint64_t next = PowerBits(k + 1);
-        if (mantissa > next || (mantissa == next && IsExact(k + 1))) ++k;
-    }
+    k += (BinaryExponent(k + 1) == e) & (mantissa > PowerBits(k + 1));  // 10^(k + 1) itself is found below
     const int q = decimals - k;
     const Wide product = Wide{mantissa} * PowerBits(q);
     const auto shift = static_cast<unsigned>(62 - e - BinaryExponent(q));

@@ -1,9 +1,11 @@
 #include "platform/number_text.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <system_error>
 
 #include "platform/decimal.h"
@@ -15,46 +17,75 @@ namespace kaldra {
 
 namespace {
 
-struct Conversion {
-    bool plus = false;
-    bool zero = false;
-    std::size_t width = 0;
-    int precision = 6;
-    char letter = 0;
-};
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-int ReadDecimal(std::string_view format, std::size_t& at) {
-    int value = 0;
-    while (at < format.size() && IsDigit(format[at])) value = value * 10 + (format[at++] - '0');
-    return value;
-}
-
-// Reads the conversion whose % stands before `at`, and moves `at` behind its letter.
-Conversion ReadConversion(std::string_view format, std::size_t& at) {
-    Conversion conversion;
-    for (; at < format.size() && (format[at] == '+' || format[at] == '0'); ++at) {
-        (format[at] == '+' ? conversion.plus : conversion.zero) = true;
-    }
-    conversion.width = static_cast<std::size_t>(ReadDecimal(format, at));
-    if (at < format.size() && format[at] == '.') conversion.precision = ReadDecimal(format, ++at);
-    conversion.letter = at < format.size() ? format[at++] : '\0';
-    return conversion;
-}
-
 // Largest field: sign, 39 integer digits of the largest f32 and the decimals of an f format, or a 19-digit integer.
 constexpr std::size_t longestNumber = 400;
 
-std::string_view IntegerText(std::array<char, longestNumber>& field, std::int64_t value, bool plus) {
-    char* first = field.data();
-    if (plus && value >= 0) *first++ = '+';
-    const auto end = std::to_chars(first, field.data() + field.size(), value);
-    return {field.data(), end.ptr};
+constexpr auto digitPairs = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+// Puts the last `count` digits of a number in front of `end`, and takes them off the number.
+char* PutDigitsBefore(char* end, std::uint64_t& number, int count) {
+    for (; count >= 2; count -= 2) {
+        end -= 2;
+        std::memcpy(end, digitPairs.data() + number % 100 * 2, 2);
+        number /= 100;
+    }
+    if (count == 1) {
+        *--end = static_cast<char>('0' + number % 10);
+        number /= 10;
+    }
+    return end;
 }
 
-// d.dddE+ddd: the exponent's two digits of the library become three.
-std::string_view RealText(std::array<char, longestNumber>& field, double value, const Conversion& conversion) {
+// The eight characters of a number below 10^8, the first one in the lowest byte: halved into lanes of four digits, of
+// two and of one. The factors divide by 100 and by 10, exactly for numbers of so few digits.
+std::uint64_t EightDigits(std::uint64_t number) {
+    const std::uint64_t fours = number / 10000 | number % 10000 << 32U;
+    const std::uint64_t hundreds = fours * 5243 >> 19U & 0x0000'007f'0000'007fU;
+    const std::uint64_t twos = hundreds | (fours - hundreds * 100) << 16U;
+    const std::uint64_t tens = twos * 103 >> 10U & 0x000f'000f'000f'000fU;
+    return (tens | (twos - tens * 10) << 8U) + 0x3030'3030'3030'3030U;
+}
+
+// Puts d.ddd, one digit and the decimals. Up to eight characters behind the point are overwritten.
+char* PutMantissa(char* out, std::uint64_t digits, int decimals) {
+    constexpr int leastAtOnce = 3;  // so that the exponent stands wherever a spare character was put
+    constexpr int mostAtOnce = 7;
+    constexpr bool lowestFirst = std::endian::native == std::endian::little;
+    char* const end = out + (decimals > 0 ? decimals + 2 : 1);
+    if (lowestFirst && decimals >= leastAtOnce && decimals <= mostAtOnce) {
+        const std::uint64_t text = EightDigits(digits) >> static_cast<unsigned>(8 * (mostAtOnce - decimals));
+        const std::uint64_t behindPoint = text >> 8U;
+        out[0] = static_cast<char>(text & 0xffU);
+        out[1] = '.';
+        std::memcpy(out + 2, &behindPoint, sizeof behindPoint);
+        return end;
+    }
+    PutDigitsBefore(end, digits, decimals);
+    out[1] = '.';
+    out[0] = static_cast<char>('0' + digits);
+    return end;
+}
+
+int CountDigits(std::uint64_t number) {
+    int count = 1;
+    for (; number >= 1000; number /= 1000) count += 3;
+    return count + (number >= 10) + (number >= 100);
+}
+
+char* Pad(char* out, const Conversion& conversion, std::size_t length) {
+    for (; length < conversion.width; ++length) *out++ = conversion.zero ? '0' : ' ';
+    return out;
+}
+
+// The way of long arithmetic. The exponent's two digits of the library become three.
+std::string_view LongRealText(std::array<char, longestNumber>& field, double value, const Conversion& conversion) {
     char* first = field.data();
     if (conversion.plus && !std::signbit(value)) *first++ = '+';
     const bool fixed = conversion.letter == 'f';
@@ -83,21 +114,61 @@ void AppendField(std::string& out, std::string_view field, const Conversion& con
 
 void AppendArgument(std::string& out, const Conversion& conversion, const FormatArgument& argument) {
     std::array<char, longestNumber> field;
-    switch (conversion.letter) {
-        case 'd':
-            assert(argument.kind == FormatArgument::Kind::Integer);
-            return AppendField(out, IntegerText(field, argument.integer, conversion.plus), conversion);
-        case 's':
-            assert(argument.kind == FormatArgument::Kind::Text);
-            return AppendField(out, argument.text, conversion);
-        default:
-            assert(conversion.letter == 'E' || conversion.letter == 'e' || conversion.letter == 'f');
-            assert(argument.kind == FormatArgument::Kind::Real);
-            return AppendField(out, RealText(field, argument.real, conversion), conversion);
+    Conversion unpadded = conversion;
+    unpadded.width = 0;
+    const char* end = field.data();
+    if (conversion.letter == 's') {
+        assert(argument.kind == FormatArgument::Kind::Text);
+        return AppendField(out, argument.text, conversion);
     }
+    if (conversion.letter == 'd') {
+        assert(argument.kind == FormatArgument::Kind::Integer);
+        end = PutInteger(field.data(), unpadded, argument.integer);
+    } else {
+        assert(conversion.letter == 'E' || conversion.letter == 'e' || conversion.letter == 'f');
+        assert(argument.kind == FormatArgument::Kind::Real);
+        end = PutReal(field.data(), unpadded, argument.real);
+    }
+    AppendField(out, {field.data(), end}, conversion);
 }
 
 }  // namespace
+
+char* PutInteger(char* out, const Conversion& conversion, std::int64_t value) {
+    const bool negative = value < 0;
+    std::uint64_t magnitude = negative ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
+    const bool hasSign = negative || conversion.plus;
+    const int digits = CountDigits(magnitude);
+    out = Pad(out, conversion, static_cast<std::size_t>(digits) + hasSign);
+    if (hasSign) *out++ = negative ? '-' : '+';
+    PutDigitsBefore(out + digits, magnitude, digits);
+    return out + digits;
+}
+
+char* PutReal(char* out, const Conversion& conversion, double value) {
+    std::uint64_t digits = 0;
+    int exponent = 0;
+    if (conversion.letter == 'f' || !RoundToDecimals(value, conversion.precision, digits, exponent)) {
+        std::array<char, longestNumber> field;
+        const std::string_view text = LongRealText(field, value, conversion);
+        out = Pad(out, conversion, text.size());
+        return out + text.copy(out, text.size());
+    }
+    const bool negative = std::signbit(value);
+    const bool hasSign = negative || conversion.plus;
+    const int decimals = conversion.precision;
+    constexpr std::size_t exponentLength = 5;
+    const std::size_t mantissaLength = decimals > 0 ? static_cast<std::size_t>(decimals) + 2 : 1;
+    out = Pad(out, conversion, hasSign + mantissaLength + exponentLength);
+    if (hasSign) *out++ = negative ? '-' : '+';
+    out = PutMantissa(out, digits, decimals);
+    const auto power = static_cast<unsigned>(exponent < 0 ? -exponent : exponent);
+    out[0] = 'E';
+    out[1] = exponent < 0 ? '-' : '+';
+    out[2] = static_cast<char>('0' + power / 100);
+    std::memcpy(out + 3, digitPairs.data() + power % 100 * 2, 2);
+    return out + exponentLength;
+}
 
 std::string FormatArguments(std::string_view format, const FormatArgument* arguments, std::size_t count) {
     std::string out;

@@ -90,5 +90,81 @@ TEST(Decimal, ReadsHalfwayTextsAsTheLibraryDoes) {
     }
 }
 
+// The library's text with the exponent's third digit.
+std::string PrintedWithThreeDigits(int decimals, double value) {
+    std::string text = Printed("%.*E", decimals, value);
+    if (text[text.size() - 4] == 'E') text.insert(text.end() - 2, '0');
+    return text;
+}
+
+void ExpectWrittenAsByTheLibrary(double value) {
+    std::array<char, 64> row;
+    static constexpr RowFormat seven("%.6E");
+    EXPECT_EQ(FormatText("%.6E", value), PrintedWithThreeDigits(6, value));
+    EXPECT_EQ(FormatText("%.4E", value), PrintedWithThreeDigits(4, value));
+    const std::string_view text(row.data(), PutRow(row.data(), seven, static_cast<float>(value)));
+    EXPECT_EQ(text, FormatText("%.6E", static_cast<float>(value)));
+}
+
+TEST(Decimal, WritesAsTheLibraryDoes) {
+    std::mt19937_64 random(3);
+    for (int i = 0; i < samples; ++i) {
+        const double real = std::bit_cast<double>(random());
+        const float narrow = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+        if (std::isfinite(real)) ExpectWrittenAsByTheLibrary(real);
+        if (std::isfinite(narrow)) ExpectWrittenAsByTheLibrary(static_cast<double>(narrow));
+        if (i % 10) continue;
+        const int decimals = static_cast<int>(random() % 20);
+        const std::string format = "%." + std::to_string(decimals) + "E";
+        if (!std::isfinite(real)) continue;
+        EXPECT_EQ(FormatText(format, real), PrintedWithThreeDigits(decimals, real));
+    }
+}
+
+// Values on and beside the middle between two texts, at powers of ten and at the ends of the range.
+TEST(Decimal, WritesTiesAndLimitsAsTheLibraryDoes) {
+    using Limits = std::numeric_limits<double>;
+    std::mt19937_64 random(4);
+    for (int i = 0; i < samples / 10; ++i) {
+        const double whole = static_cast<double>(random() % 10000000) + 0.5;
+        const int scale = static_cast<int>(random() % 80) - 40;
+        for (const double middle : {whole, whole * 10, whole * std::pow(10.0, scale), std::ldexp(whole, scale)}) {
+            ExpectWrittenAsByTheLibrary(middle);
+            ExpectWrittenAsByTheLibrary(-std::nextafter(middle, 0.0));
+            ExpectWrittenAsByTheLibrary(std::nextafter(middle, Limits::max()));
+        }
+    }
+    for (int power = -323; power <= 308; ++power) {
+        const double ten = std::strtod(("1e" + std::to_string(power)).c_str(), nullptr);
+        for (const double value : {ten, std::nextafter(ten, 0.0), ten * 9.9999995, ten * 9.99995}) {
+            if (std::isfinite(value)) ExpectWrittenAsByTheLibrary(value);
+        }
+    }
+    for (const double value : {0.0, -0.0, Limits::min(), Limits::denorm_min(), Limits::max(), Limits::lowest()}) {
+        ExpectWrittenAsByTheLibrary(value);
+    }
+}
+
+TEST(RowFormat, FillsInWhatFormatTextDoes) {
+    static constexpr RowFormat format("a %5d%+d|%12.4E %+15.6E%2d b");
+    static constexpr RowFormat shortest("%.0E");
+    constexpr auto most = std::numeric_limits<std::int32_t>::max();
+    constexpr auto least = std::numeric_limits<std::int32_t>::min();
+    constexpr float infinite = std::numeric_limits<float>::infinity();
+    std::array<char, 120> row;
+    for (const std::int32_t integer : {0, 7, -10, 99, 100, 999, 1000, -99999, 1000000, most, least}) {
+        for (const float real : {0.0F, -0.0F, 1.5F, -3.4e38F, 1e-45F, infinite}) {
+            const std::string_view text(row.data(), PutRow(row.data(), format, integer, integer, real, real, integer));
+            EXPECT_EQ(text, FormatText("a %5d%+d|%12.4E %+15.6E%2d b", integer, integer, real, real, integer));
+            EXPECT_LE(text.size(), format.longest);
+            row.fill('#');
+            EXPECT_EQ(*PutRow(row.data(), shortest, real), '#');  // nothing behind a row is touched
+        }
+        std::array<char, 64> printed{};
+        std::snprintf(printed.data(), printed.size(), "%5d %+d %02d", integer, integer, integer);
+        EXPECT_EQ(FormatText("%5d %+d %02d", integer, integer, integer), printed.data());
+    }
+}
+
 }  // namespace
 }  // namespace kaldra
