@@ -46,7 +46,7 @@ inline char* PutLineEnd(char* out) { return out + lineEnd.copy(out, lineEnd.size
 // Where rows are put before they are written: by all threads, each chunk at its own place.
 class RowRoom {
 public:
-    static constexpr std::size_t mostChunks = 64;
+    static constexpr std::size_t mostChunks = 256;
 
     // Room for `bytes` or as much of it as one round needs. Where memory is short a little has to do.
     explicit RowRoom(std::size_t bytes);
