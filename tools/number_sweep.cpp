@@ -1,6 +1,7 @@
 // Holds the number conversions of the program against those of the C library.
 //
-//     number-sweep floats EVERY      writes every EVERY-th of the 2^32 f32 values in %+14.6E and %+13.4E
+//     number-sweep six EVERY         writes every EVERY-th of the 2^32 f32 values in %+14.6E
+//     number-sweep four EVERY        the same in %+13.4E
 //     number-sweep random MILLIONS   writes random f64 values, and reads random decimals and such near to a middle
 //
 // Works on all processors, prints what it compared and the first differences, and gives 1 if there are any.
@@ -13,7 +14,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <random>
 #include <string>
 #include <string_view>
@@ -54,17 +54,24 @@ std::string_view LibraryText(Text& text, const char* format, std::size_t width, 
     return {first, last};
 }
 
-void CompareFloat(float value) {
-    static constexpr RowFormat six("%+14.6E");
-    static constexpr RowFormat four("%+13.4E");
+void CompareSix(float value) {
+    static constexpr RowFormat format("%+14.6E");
     Text row;
     Text text;
-    const auto wide = static_cast<double>(value);
-    Compare({row.data(), PutRow(row.data(), six, value)}, LibraryText(text, "%+.6E", 14, wide));
-    Compare({row.data(), PutRow(row.data(), four, value)}, LibraryText(text, "%+.4E", 13, wide));
+    Compare({row.data(), PutRow(row.data(), format, value)},
+            LibraryText(text, "%+.6E", 14, static_cast<double>(value)));
 }
 
-void SweepFloats(std::uint64_t every) {
+void CompareFour(float value) {
+    static constexpr RowFormat format("%+13.4E");
+    Text row;
+    Text text;
+    Compare({row.data(), PutRow(row.data(), format, value)},
+            LibraryText(text, "%+.4E", 13, static_cast<double>(value)));
+}
+
+template <class CompareFloat>
+void SweepFloats(std::uint64_t every, CompareFloat compareFloat) {
     constexpr std::uint64_t perChunk = (std::uint64_t{1} << 32U) / chunks;
     RunTasks(chunks, [&](std::size_t chunk) {
         std::uint64_t count = 0;
@@ -72,10 +79,10 @@ void SweepFloats(std::uint64_t every) {
         for (std::uint64_t bits = (begin + every - 1) / every * every; bits < begin + perChunk; bits += every) {
             const float value = std::bit_cast<float>(static_cast<std::uint32_t>(bits));
             if (!std::isfinite(value)) continue;
-            CompareFloat(value);
+            compareFloat(value);
             ++count;
         }
-        compared += 2 * count;
+        compared += count;
     });
 }
 
@@ -137,14 +144,16 @@ void SweepRandom(std::uint64_t millions) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const bool floats = argc == 3 && std::strcmp(argv[1], "floats") == 0;
+    const std::string_view what = argc == 3 ? argv[1] : "";
     const std::uint64_t number = argc == 3 ? std::strtoull(argv[2], nullptr, 10) : 0;
-    if (number == 0 || (!floats && std::strcmp(argv[1], "random") != 0)) {
-        std::fputs("usage: number-sweep floats EVERY | random MILLIONS\n", stderr);
+    if (number == 0 || (what != "six" && what != "four" && what != "random")) {
+        std::fputs("usage: number-sweep six EVERY | four EVERY | random MILLIONS\n", stderr);
         return 2;
     }
     const auto start = std::chrono::steady_clock::now();
-    floats ? SweepFloats(number) : SweepRandom(number);
+    if (what == "six") SweepFloats(number, CompareSix);
+    if (what == "four") SweepFloats(number, CompareFour);
+    if (what == "random") SweepRandom(number);
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     std::printf("%llu conversions compared, %llu different, %.0f s\n", static_cast<unsigned long long>(compared.load()),
                 static_cast<unsigned long long>(different.load()), seconds.count());
