@@ -45,13 +45,13 @@ int BadLine(const DataFile& in) { return ShowErrorWithText(1150, in.line.View())
 
 // Scans the line, which must hold at least `wanted` fields and no number beyond f32 or 32 bits.
 template <class... Targets>
-[[nodiscard]] int ScanLine(const DataFile& in, int wanted, std::string_view format, Targets*... targets) {
+[[nodiscard]] int ScanLine(const DataFile& in, int wanted, const ScanFormat& format, Targets*... targets) {
     const ScanResult result = ScanText(in.line.View(), format, targets...);
     return result.fields >= wanted && !result.outOfRange ? 1 : BadLine(in);
 }
 
 template <class... Targets>
-[[nodiscard]] int ReadFields(DataFile& in, int wanted, std::string_view format, Targets*... targets) {
+[[nodiscard]] int ReadFields(DataFile& in, int wanted, const ScanFormat& format, Targets*... targets) {
     return NextLine(in) && ScanLine(in, wanted, format, targets...);
 }
 
@@ -59,7 +59,7 @@ constexpr std::int32_t unlimited = std::numeric_limits<std::int32_t>::max();
 
 // Takes the count behind the keyword of the line in hand.
 [[nodiscard]] int ScanCount(const DataFile& in, std::int32_t& count, std::int32_t limit = unlimited,
-                            std::string_view format = "%*s %d") {
+                            const ScanFormat& format = "%*s %d") {
     if (!ScanLine(in, 1, format, &count)) return 0;
     return count >= 0 && count <= limit ? 1 : BadLine(in);
 }

@@ -1,6 +1,7 @@
 #include "model/line_reader.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "platform/memory.h"
 #include "run/messages.h"
@@ -16,6 +17,7 @@ constexpr std::size_t blockBytes = 1000;  // of the file in one block
 struct ReaderState {
     std::vector<char> readBlock;  // empty: no block in memory
     std::size_t readCursor = 0;   // start of the next unread line
+    std::size_t readEnd = 0;      // end of the block's text: of its bytes, or the first NUL
 };
 
 ReaderState reader;
@@ -23,6 +25,7 @@ ReaderState reader;
 void ReleaseBlock() {
     std::vector<char>().swap(reader.readBlock);
     reader.readCursor = 0;
+    reader.readEnd = 0;
 }
 
 enum class Filled { Yes, EndOfFile, Failed };
@@ -32,7 +35,8 @@ Filled FillBlock(File& file) {
     reader.readCursor = 0;
     const std::int64_t count = file.Read(std::span(reader.readBlock).first(blockBytes));
     if (count > 0) {
-        reader.readBlock[static_cast<std::size_t>(count)] = '\0';
+        const auto bytes = static_cast<std::size_t>(count);
+        reader.readEnd = std::min(bytes, std::string_view(reader.readBlock.data(), bytes).find('\0'));
         return Filled::Yes;
     }
     ReleaseBlock();
@@ -41,14 +45,28 @@ Filled FillBlock(File& file) {
     return Filled::Failed;
 }
 
-// Stores the block's characters up to the next line feed or NUL and moves the cursor there.
-char CopyToLineEnd(LineBuffer& line) {
-    const std::vector<char>& block = reader.readBlock;
-    for (;; ++reader.readCursor) {
-        const char c = block[reader.readCursor];
-        if (c == '\n' || c == '\0') return c;
+// Adds text of one line to the buffer, as far as it takes it.
+void Append(LineBuffer& line, std::string_view text) {
+    if (text.ends_with('\r')) text.remove_suffix(1);
+    const bool hasReturns = std::memchr(text.data(), '\r', text.size()) != nullptr;
+    if (!hasReturns) {
+        line.length += text.copy(line.text.data() + line.length, lineBufferSize - 1 - line.length);
+        return;
+    }
+    for (const char c : text) {
         if (c != '\r' && line.length < lineBufferSize - 1) line.text[line.length++] = c;
     }
+}
+
+// Takes the block's text up to the next line feed and moves the cursor behind that. Gives false if there is none: then
+// the block is used up.
+[[nodiscard]] bool TakeToLineEnd(LineBuffer& line) {
+    const std::string_view rest(reader.readBlock.data() + reader.readCursor, reader.readEnd - reader.readCursor);
+    const std::size_t feed = rest.find('\n');
+    Append(line, rest.substr(0, feed));
+    if (feed == std::string_view::npos) return false;
+    reader.readCursor += feed + 1;
+    return true;
 }
 
 }  // namespace
@@ -61,10 +79,7 @@ int ReadLine(File& file, LineBuffer& line) {
             if (filled == Filled::EndOfFile) return line.length > 0 ? 1 : 0;
             if (filled == Filled::Failed) return -1;
         }
-        if (CopyToLineEnd(line) == '\n') {
-            ++reader.readCursor;
-            return 1;
-        }
+        if (TakeToLineEnd(line)) return 1;
         ReleaseBlock();
     }
 }

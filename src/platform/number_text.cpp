@@ -1,10 +1,14 @@
 #include "platform/number_text.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <system_error>
+
+#include "platform/decimal.h"
 
 namespace kaldra {
 
@@ -13,46 +17,75 @@ namespace kaldra {
 
 namespace {
 
-struct Conversion {
-    bool plus = false;
-    bool zero = false;
-    std::size_t width = 0;
-    int precision = 6;
-    char letter = 0;
-};
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-int ReadDecimal(std::string_view format, std::size_t& at) {
-    int value = 0;
-    while (at < format.size() && IsDigit(format[at])) value = value * 10 + (format[at++] - '0');
-    return value;
-}
-
-// Reads the conversion whose % stands before `at`, and moves `at` behind its letter.
-Conversion ReadConversion(std::string_view format, std::size_t& at) {
-    Conversion conversion;
-    for (; at < format.size() && (format[at] == '+' || format[at] == '0'); ++at) {
-        (format[at] == '+' ? conversion.plus : conversion.zero) = true;
-    }
-    conversion.width = static_cast<std::size_t>(ReadDecimal(format, at));
-    if (at < format.size() && format[at] == '.') conversion.precision = ReadDecimal(format, ++at);
-    conversion.letter = at < format.size() ? format[at++] : '\0';
-    return conversion;
-}
-
 // Largest field: sign, 39 integer digits of the largest f32 and the decimals of an f format, or a 19-digit integer.
 constexpr std::size_t longestNumber = 400;
 
-std::string_view IntegerText(std::array<char, longestNumber>& field, std::int64_t value, bool plus) {
-    char* first = field.data();
-    if (plus && value >= 0) *first++ = '+';
-    const auto end = std::to_chars(first, field.data() + field.size(), value);
-    return {field.data(), end.ptr};
+constexpr auto digitPairs = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+// Puts the last `count` digits of a number in front of `end`, and takes them off the number.
+char* PutDigitsBefore(char* end, std::uint64_t& number, int count) {
+    for (; count >= 2; count -= 2) {
+        end -= 2;
+        std::memcpy(end, digitPairs.data() + number % 100 * 2, 2);
+        number /= 100;
+    }
+    if (count == 1) {
+        *--end = static_cast<char>('0' + number % 10);
+        number /= 10;
+    }
+    return end;
 }
 
-// d.dddE+ddd: the exponent's two digits of the library become three.
-std::string_view RealText(std::array<char, longestNumber>& field, double value, const Conversion& conversion) {
+// The eight characters of a number below 10^8, the first one in the lowest byte: halved into lanes of four digits, of
+// two and of one. The factors divide by 100 and by 10, exactly for numbers of so few digits.
+std::uint64_t EightDigits(std::uint64_t number) {
+    const std::uint64_t fours = number / 10000 | number % 10000 << 32U;
+    const std::uint64_t hundreds = fours * 5243 >> 19U & 0x0000'007f'0000'007fU;
+    const std::uint64_t twos = hundreds | (fours - hundreds * 100) << 16U;
+    const std::uint64_t tens = twos * 103 >> 10U & 0x000f'000f'000f'000fU;
+    return (tens | (twos - tens * 10) << 8U) + 0x3030'3030'3030'3030U;
+}
+
+// Puts d.ddd, one digit and the decimals. Up to eight characters behind the point are overwritten.
+char* PutMantissa(char* out, std::uint64_t digits, int decimals) {
+    constexpr int leastAtOnce = 3;  // so that the exponent stands wherever a spare character was put
+    constexpr int mostAtOnce = 7;
+    constexpr bool lowestFirst = std::endian::native == std::endian::little;
+    char* const end = out + (decimals > 0 ? decimals + 2 : 1);
+    if (lowestFirst && decimals >= leastAtOnce && decimals <= mostAtOnce) {
+        const std::uint64_t text = EightDigits(digits) >> static_cast<unsigned>(8 * (mostAtOnce - decimals));
+        const std::uint64_t behindPoint = text >> 8U;
+        out[0] = static_cast<char>(text & 0xffU);
+        out[1] = '.';
+        std::memcpy(out + 2, &behindPoint, sizeof behindPoint);
+        return end;
+    }
+    PutDigitsBefore(end, digits, decimals);
+    out[1] = '.';
+    out[0] = static_cast<char>('0' + digits);
+    return end;
+}
+
+int CountDigits(std::uint64_t number) {
+    int count = 1;
+    for (; number >= 1000; number /= 1000) count += 3;
+    return count + (number >= 10) + (number >= 100);
+}
+
+char* Pad(char* out, const Conversion& conversion, std::size_t length) {
+    for (; length < conversion.width; ++length) *out++ = conversion.zero ? '0' : ' ';
+    return out;
+}
+
+// The way of long arithmetic. The exponent's two digits of the library become three.
+std::string_view LongRealText(std::array<char, longestNumber>& field, double value, const Conversion& conversion) {
     char* first = field.data();
     if (conversion.plus && !std::signbit(value)) *first++ = '+';
     const bool fixed = conversion.letter == 'f';
@@ -81,21 +114,61 @@ void AppendField(std::string& out, std::string_view field, const Conversion& con
 
 void AppendArgument(std::string& out, const Conversion& conversion, const FormatArgument& argument) {
     std::array<char, longestNumber> field;
-    switch (conversion.letter) {
-        case 'd':
-            assert(argument.kind == FormatArgument::Kind::Integer);
-            return AppendField(out, IntegerText(field, argument.integer, conversion.plus), conversion);
-        case 's':
-            assert(argument.kind == FormatArgument::Kind::Text);
-            return AppendField(out, argument.text, conversion);
-        default:
-            assert(conversion.letter == 'E' || conversion.letter == 'e' || conversion.letter == 'f');
-            assert(argument.kind == FormatArgument::Kind::Real);
-            return AppendField(out, RealText(field, argument.real, conversion), conversion);
+    Conversion unpadded = conversion;
+    unpadded.width = 0;
+    const char* end = field.data();
+    if (conversion.letter == 's') {
+        assert(argument.kind == FormatArgument::Kind::Text);
+        return AppendField(out, argument.text, conversion);
     }
+    if (conversion.letter == 'd') {
+        assert(argument.kind == FormatArgument::Kind::Integer);
+        end = PutInteger(field.data(), unpadded, argument.integer);
+    } else {
+        assert(conversion.letter == 'E' || conversion.letter == 'e' || conversion.letter == 'f');
+        assert(argument.kind == FormatArgument::Kind::Real);
+        end = PutReal(field.data(), unpadded, argument.real);
+    }
+    AppendField(out, {field.data(), end}, conversion);
 }
 
 }  // namespace
+
+char* PutInteger(char* out, const Conversion& conversion, std::int64_t value) {
+    const bool negative = value < 0;
+    std::uint64_t magnitude = negative ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
+    const bool hasSign = negative || conversion.plus;
+    const int digits = CountDigits(magnitude);
+    out = Pad(out, conversion, static_cast<std::size_t>(digits) + hasSign);
+    if (hasSign) *out++ = negative ? '-' : '+';
+    PutDigitsBefore(out + digits, magnitude, digits);
+    return out + digits;
+}
+
+char* PutReal(char* out, const Conversion& conversion, double value) {
+    std::uint64_t digits = 0;
+    int exponent = 0;
+    if (conversion.letter == 'f' || !RoundToDecimals(value, conversion.precision, digits, exponent)) {
+        std::array<char, longestNumber> field;
+        const std::string_view text = LongRealText(field, value, conversion);
+        out = Pad(out, conversion, text.size());
+        return out + text.copy(out, text.size());
+    }
+    const bool negative = std::signbit(value);
+    const bool hasSign = negative || conversion.plus;
+    const int decimals = conversion.precision;
+    constexpr std::size_t exponentLength = 5;
+    const std::size_t mantissaLength = decimals > 0 ? static_cast<std::size_t>(decimals) + 2 : 1;
+    out = Pad(out, conversion, hasSign + mantissaLength + exponentLength);
+    if (hasSign) *out++ = negative ? '-' : '+';
+    out = PutMantissa(out, digits, decimals);
+    const auto power = static_cast<unsigned>(exponent < 0 ? -exponent : exponent);
+    out[0] = 'E';
+    out[1] = exponent < 0 ? '-' : '+';
+    out[2] = static_cast<char>('0' + power / 100);
+    std::memcpy(out + 3, digitPairs.data() + power % 100 * 2, 2);
+    return out + exponentLength;
+}
 
 std::string FormatArguments(std::string_view format, const FormatArgument* arguments, std::size_t count) {
     std::string out;
@@ -125,10 +198,16 @@ bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // The unread rest of the text under one scan.
 struct Scan {
-    std::string_view rest;
+    const char* at;
+    const char* end;
 
     void SkipSpace() {
-        while (!rest.empty() && IsSpace(rest.front())) rest.remove_prefix(1);
+        while (at != end && IsSpace(*at)) ++at;
+    }
+    // What a conversion of this width may take, 0 for any.
+    [[nodiscard]] std::string_view Field(std::size_t width) const {
+        const auto rest = static_cast<std::size_t>(end - at);
+        return {at, width == 0 ? rest : std::min(width, rest)};
     }
 };
 
@@ -151,19 +230,87 @@ bool TakeSign(std::string_view& field) {
     return negative;
 }
 
+// Takes up to nine decimal digits that nothing else follows in the number. Gives false, and takes nothing, for others.
+bool TakeShortInteger(std::string_view field, std::int32_t& magnitude, const char*& behind) {
+    constexpr std::size_t surelyFitting = 9;
+    const std::size_t limit = std::min(field.size(), surelyFitting + 1);
+    std::size_t length = 0;
+    std::int32_t value = 0;
+    for (; length < limit && IsDigit(field[length]); ++length) {
+        if (length == surelyFitting) return false;
+        value = value * 10 + (field[length] - '0');
+    }
+    if (length == 0) return false;
+    magnitude = value;
+    behind = field.data() + length;
+    return true;
+}
+
 Taken TakeInteger(Scan& scan, std::size_t width, bool anyBase, std::int32_t& value) {
-    std::string_view field = scan.rest.substr(0, width);
+    std::string_view field = scan.Field(width);
     const bool negative = TakeSign(field);
+    std::int32_t shortMagnitude = 0;
+    if (!anyBase && TakeShortInteger(field, shortMagnitude, scan.at)) {
+        value = negative ? -shortMagnitude : shortMagnitude;
+        return Taken::Yes;
+    }
     const int base = anyBase ? TakeBase(field) : 10;
     if (field.empty() || field.front() == '-') return Taken::No;
     std::int64_t magnitude = 0;
     const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), magnitude, base);
     if (error == std::errc::invalid_argument) return Taken::No;
     const std::int64_t signedValue = negative ? -magnitude : magnitude;
-    scan.rest.remove_prefix(static_cast<std::size_t>(end - scan.rest.data()));
+    scan.at = end;
     if (error != std::errc() || signedValue != static_cast<std::int32_t>(signedValue)) return Taken::OutOfRange;
     value = static_cast<std::int32_t>(signedValue);
     return Taken::Yes;
+}
+
+// The digits of a plain decimal number: digits * 10^exponent, read up to `at`.
+struct PlainDecimal {
+    const char* at;
+    const char* end;
+    std::uint64_t digits = 0;
+    int exponent = 0;
+
+    // Gives the number of digits taken. Nineteen of them fit.
+    std::ptrdiff_t TakeDigits() {
+        const char* const first = at;
+        for (; at != end && IsDigit(*at); ++at) digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
+        return at - first;
+    }
+    bool TakeExponent() {
+        const bool negative = ++at != end && *at == '-';
+        if (at != end && (*at == '-' || *at == '+')) ++at;
+        int value = 0;
+        const char* const first = at;
+        for (; at != end && IsDigit(*at) && at - first < 4; ++at) value = value * 10 + (*at - '0');
+        exponent += negative ? -value : value;
+        return at != first && at - first < 4;
+    }
+    // Gives false where there is anything uncommon: no digits or too many, an exponent that is none or far too large, a
+    // hexadecimal number.
+    bool Take() {
+        std::ptrdiff_t count = TakeDigits();
+        if (at != end && *at == '.') {
+            ++at;
+            const std::ptrdiff_t decimals = TakeDigits();
+            exponent = -static_cast<int>(decimals);
+            count += decimals;
+        }
+        constexpr std::ptrdiff_t fitting = 19;
+        if (count == 0 || count > fitting) return false;
+        if (at == end) return true;
+        if (*at == 'e' || *at == 'E') return TakeExponent();
+        return *at != 'x' && *at != 'X';
+    }
+};
+
+bool TakePlainReal(std::string_view field, float& magnitude, const char*& behind) {
+    PlainDecimal number{field.data(), field.data() + field.size()};
+    if (!number.Take() || !NearestFloat(number.digits, number.exponent, magnitude)) return false;
+    behind = number.at;
+    return true;
 }
 
 // A magnitude that from_chars calls out of range is 0 when it is too small and no number when it is too large.
@@ -182,18 +329,22 @@ Taken ResolveRange(std::string_view number, float& value) {
 }
 
 Taken TakeReal(Scan& scan, std::size_t width, float& value) {
-    std::string_view field = scan.rest.substr(0, width);
+    std::string_view field = scan.Field(width);
     const bool negative = TakeSign(field);
+    float magnitude = 0;
+    if (TakePlainReal(field, magnitude, scan.at)) {
+        value = negative ? -magnitude : magnitude;
+        return Taken::Yes;
+    }
     if (field.empty() || field.front() == '-') return Taken::No;
     const bool hexadecimal = field.size() > 2 && field[0] == '0' && (field[1] == 'x' || field[1] == 'X');
     if (hexadecimal) field.remove_prefix(2);
     const auto style = hexadecimal ? std::chars_format::hex : std::chars_format::general;
-    float magnitude = 0;
     const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), magnitude, style);
     if (error == std::errc::invalid_argument) return Taken::No;
     const char* const last = field.data() + field.size();
     if (end != last && (*end == 'e' || *end == 'E')) return Taken::No;  // an exponent without digits
-    scan.rest.remove_prefix(static_cast<std::size_t>(end - scan.rest.data()));
+    scan.at = end;
     if (error != std::errc()) {
         const std::string_view number(field.data(), static_cast<std::size_t>(end - field.data()));
         if (ResolveRange(number, magnitude) != Taken::Yes) return Taken::OutOfRange;
@@ -205,52 +356,44 @@ Taken TakeReal(Scan& scan, std::size_t width, float& value) {
 }
 
 Taken TakeWord(Scan& scan, std::size_t width, std::string* word) {
-    const std::size_t limit = std::min(width, scan.rest.size());
-    std::size_t length = 0;
-    while (length < limit && !IsSpace(scan.rest[length])) ++length;
+    const std::string_view field = scan.Field(width);
+    const auto* const end = std::find_if(field.begin(), field.end(), IsSpace);
+    const auto length = static_cast<std::size_t>(end - field.begin());
     if (length == 0) return Taken::No;
-    if (word != nullptr) word->assign(scan.rest.substr(0, length));
-    scan.rest.remove_prefix(length);
+    if (word != nullptr) word->assign(field.substr(0, length));
+    scan.at += length;
     return Taken::Yes;
+}
+
+Taken TakeField(Scan& scan, const ScanFormat::Field& field, const ScanTarget* target) {
+    std::int32_t ignoredInteger = 0;
+    float ignoredReal = 0;
+    scan.SkipSpace();
+    switch (field.letter) {
+        case 's':
+            return TakeWord(scan, field.width, target ? target->word : nullptr);
+        case 'd':
+        case 'i':
+            return TakeInteger(scan, field.width, field.letter == 'i', target ? *target->integer : ignoredInteger);
+        default:
+            return TakeReal(scan, field.width, target ? *target->real : ignoredReal);
+    }
 }
 
 }  // namespace
 
-ScanResult ScanArguments(std::string_view text, std::string_view format, const ScanTarget* targets) {
+ScanResult ScanArguments(std::string_view text, const ScanFormat& format, const ScanTarget* targets) {
     ScanResult result;
-    Scan scan{text};
-    for (std::size_t at = 0; at < format.size();) {
-        if (format[at] != '%') {
-            assert(IsSpace(format[at]));
-            scan.SkipSpace();
-            ++at;
-            continue;
-        }
-        ++at;
-        const bool suppressed = at < format.size() && format[at] == '*';
-        if (suppressed) ++at;
-        const int digits = ReadDecimal(format, at);
-        const std::size_t width = digits > 0 ? static_cast<std::size_t>(digits) : std::string_view::npos;
-        const char letter = format[at++];
-        scan.SkipSpace();
-
-        Taken taken = Taken::No;
-        std::int32_t ignoredInteger = 0;
-        float ignoredReal = 0;
-        if (letter == 's') {
-            taken = TakeWord(scan, width, suppressed ? nullptr : targets->word);
-        } else if (letter == 'd' || letter == 'i') {
-            taken = TakeInteger(scan, width, letter == 'i', suppressed ? ignoredInteger : *targets->integer);
-        } else {
-            assert(letter == 'f' || letter == 'e');
-            taken = TakeReal(scan, width, suppressed ? ignoredReal : *targets->real);
-        }
-        if (suppressed && taken == Taken::OutOfRange) taken = Taken::Yes;  // nobody looks at it
-        if (taken != Taken::Yes) {
+    Scan scan{text.data(), text.data() + text.size()};
+    for (std::size_t i = 0; i < format.count; ++i) {
+        const ScanFormat::Field& field = format.fields[i];
+        const Taken taken = TakeField(scan, field, field.suppressed ? nullptr : targets);
+        const bool unwanted = field.suppressed && taken == Taken::OutOfRange;  // nobody looks at it
+        if (taken != Taken::Yes && !unwanted) {
             result.outOfRange = taken == Taken::OutOfRange;
             return result;
         }
-        if (!suppressed) {
+        if (!field.suppressed) {
             ++targets;
             ++result.fields;
         }

@@ -63,14 +63,14 @@ void ComputeElement(std::size_t e, PointGradient* values) {
 int WriteGradientResults() {
     std::vector<PointGradient> values;
     if (!ComputeGradients(values)) return 0;
-    const auto writeRow = [&](File& file, std::size_t e, std::size_t point) {
+    static constexpr RowFormat format("%5d%5d%+15.6E%+15.6E%+15.6E%+15.6E");
+    const auto putRow = [&](char* out, std::size_t e, std::size_t point) {
         const PointGradient& v = values[static_cast<std::size_t>(model.PointResultOffset[e]) + point];
-        return WriteBuffered(file, FormatText("%5d%5d%+15.6E%+15.6E%+15.6E%+15.6E", RowNumber(e), RowNumber(point),
-                                              v.fluxX, v.fluxY, v.gradientX, v.gradientY));
+        return PutRow(out, format, RowNumber(e), RowNumber(point), v.fluxX, v.fluxY, v.gradientX, v.gradientY);
     };
     return WriteResultFile({StepFileName('g'), 1022, 1036},
                            "Elem# Pnt#  Unit Flux X    Unit Flux Y    Gradient X     Gradient Y ", 70,
-                           [&](File& file) { return WritePointRows(file, writeRow); });
+                           [&](File& file) { return WritePointRows(file, format, putRow); });
 }
 
 }  // namespace kaldra

@@ -12,15 +12,12 @@ namespace kaldra {
 
 static std::string_view UpToFirstDot(std::string_view path) { return path.substr(0, path.find('.')); }
 
-static bool WriteRows(File& file) {
-    for (std::int32_t number = 1; number <= model.nodeCount; ++number) {
-        const std::size_t n = IndexOf(number);
+static bool WriteInitialRows(File& file) {
+    static constexpr RowFormat format("%5d %+14.6E %+14.6E %+14.6E ");
+    return WriteRows(file, static_cast<std::size_t>(model.nodeCount), format, [](char* out, std::size_t n) {
         const NodeState& state = model.nodeStates[n];
-        const std::string row = FormatText("%5d %+14.6E %+14.6E %+14.6E ", number, state.temperature,
-                                           model.SolutionVector[n], state.sumVolume);
-        if (WriteBuffered(file, row) != 1) return false;
-    }
-    return true;
+        return PutRow(out, format, RowNumber(n), state.temperature, model.SolutionVector[n], state.sumVolume);
+    });
 }
 
 // The initial set's file with the letter in place of the first letter of the extension, if there is one, becomes
@@ -41,7 +38,7 @@ int WriteInitialResults() {
         EqualIgnoringCase(UpToFirstDot(model.dataFileName), UpToFirstDot(runState.initialTemperatureFile));
     if (runState.startStep > 1 && sameProblem) return 1;
     if (!WriteResultFile({model.baseName + ".tin", 1021, 1035}, "Node#  Temp           Flux(Q)        Sum_Volume", 50,
-                         WriteRows)) {
+                         WriteInitialRows)) {
         return 0;
     }
     if (runState.initialConditionMode == 0) return 1;

@@ -7,13 +7,10 @@
 namespace kaldra {
 
 static bool WriteNodeRows(File& file) {
-    for (std::int32_t number = 1; number <= model.nodeCount; ++number) {
-        const std::size_t n = IndexOf(number);
-        const std::string row =
-            FormatText("%5d %+14.6E %+14.6E", number, model.nodeStates[n].temperature, model.SolutionVector[n]);
-        if (WriteBuffered(file, row) != 1) return false;
-    }
-    return true;
+    static constexpr RowFormat format("%5d %+14.6E %+14.6E");
+    return WriteRows(file, static_cast<std::size_t>(model.nodeCount), format, [](char* out, std::size_t n) {
+        return PutRow(out, format, RowNumber(n), model.nodeStates[n].temperature, model.SolutionVector[n]);
+    });
 }
 
 int WriteNodeResults() {

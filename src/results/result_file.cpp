@@ -1,5 +1,7 @@
 #include "results/result_file.h"
 
+#include <utility>
+
 #include "model/problem_model.h"
 #include "model/time_sequence.h"
 #include "platform/number_text.h"
@@ -15,6 +17,19 @@ std::array<std::string, 5> CommonHeader() {
     const std::int32_t step = runState.currentStep;
     return {model.titleLine[0], model.titleLine[1], model.titleLine[2], model.titleLine[3],
             FormatText("%d   %+12.4E  = Step Number, Elapsed time", step, ElapsedTime(step))};
+}
+
+RowRoom::RowRoom(std::size_t bytes) {
+    constexpr std::size_t most = 8U << 20U;
+    const std::size_t wanted = std::min(bytes, most);
+    if (wanted > small_.size()) (void)TryMemory(wanted, [&] { large_.resize(wanted); });
+}
+
+bool RowRoom::WriteChunks(File& file) {
+    for (std::string_view& chunk : chunks) {
+        if (WriteBufferedLines(file, std::exchange(chunk, {})) != 1) return false;
+    }
+    return true;
 }
 
 }  // namespace kaldra

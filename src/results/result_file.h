@@ -1,12 +1,16 @@
 // What all step result files have in common: their names, their five opening lines and the way they are written.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
 
 #include "model/problem_model.h"
 #include "platform/files.h"
+#include "platform/memory.h"
+#include "platform/number_text.h"
+#include "platform/parallel.h"
 #include "results/text_writer.h"
 
 namespace kaldra {
@@ -37,19 +41,67 @@ template <class WriteRows>
     });
 }
 
+inline char* PutLineEnd(char* out) { return out + lineEnd.copy(out, lineEnd.size()); }
+
+// Where rows are put before they are written: by all threads, each chunk at its own place.
+class RowRoom {
+public:
+    static constexpr std::size_t mostChunks = 256;
+
+    // Room for `bytes` or as much of it as one round needs. Where memory is short a little has to do.
+    explicit RowRoom(std::size_t bytes);
+    [[nodiscard]] char* Begin() { return large_.empty() ? small_.data() : large_.data(); }
+    [[nodiscard]] std::size_t Size() const { return large_.empty() ? small_.size() : large_.size(); }
+    // Writes the lines of the chunks and empties them. Gives false after a message.
+    [[nodiscard]] bool WriteChunks(File& file);
+
+    std::array<std::string_view, mostChunks> chunks{};
+
+private:
+    std::array<char, 16384> small_;
+    LargeTable<char> large_;
+};
+
 // Number of a record in a row of a result file.
 [[nodiscard]] inline std::int32_t RowNumber(std::size_t index) { return static_cast<std::int32_t>(index) + 1; }
 
-// Writes a row for every integration point of every element, in order, until `writeRow(file, e, point)` gives -1.
-template <class WriteRow>
-[[nodiscard]] bool WritePointRows(File& file, WriteRow writeRow) {
-    for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
-        const std::size_t points = PointCount(e);
-        for (std::size_t point = 0; point < points; ++point) {
-            if (writeRow(file, e, point) != 1) return false;
-        }
+// Writes the lines of `count` items in their order: putItem(out, item) puts the lines of one, at most `longest`
+// characters with their line ends, and gives the place behind. It is called on several threads and may only read.
+template <class PutItem>
+[[nodiscard]] bool WriteItems(File& file, std::size_t count, std::size_t longest, const PutItem& putItem) {
+    RowRoom room(count * longest);
+    constexpr std::size_t grain = 256;
+    const std::size_t fitting = std::min(room.Size() / longest, grain * RowRoom::mostChunks);
+    for (std::size_t first = 0; first < count; first += fitting) {
+        RunChunks(std::min(fitting, count - first), grain, [&](std::size_t begin, std::size_t end) {
+            char* const start = room.Begin() + begin * longest;
+            char* at = start;
+            for (std::size_t i = begin; i < end; ++i) at = putItem(at, first + i);
+            room.chunks[begin / grain] = {start, at};
+        });
+        if (!room.WriteChunks(file)) return false;
     }
     return true;
+}
+
+// Writes `count` rows: putRow(out, row) fills in the format's numbers and gives the place behind.
+template <class PutNumbers>
+[[nodiscard]] bool WriteRows(File& file, std::size_t count, const RowFormat& format, const PutNumbers& putRow) {
+    return WriteItems(file, count, format.longest + lineEnd.size(),
+                      [&](char* out, std::size_t row) { return PutLineEnd(putRow(out, row)); });
+}
+
+// Writes a row for every integration point of every element, in order: putRow(out, e, point).
+template <class PutNumbers>
+[[nodiscard]] bool WritePointRows(File& file, const RowFormat& format, const PutNumbers& putRow) {
+    constexpr std::size_t mostPoints = 9;
+    const auto putElement = [&](char* out, std::size_t e) {
+        const std::size_t points = PointCount(e);
+        for (std::size_t point = 0; point < points; ++point) out = PutLineEnd(putRow(out, e, point));
+        return out;
+    };
+    return WriteItems(file, static_cast<std::size_t>(model.elementCount),
+                      mostPoints * (format.longest + lineEnd.size()), putElement);
 }
 
 }  // namespace kaldra

@@ -1,5 +1,7 @@
 #include "results/text_writer.h"
 
+#include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <utility>
 #include <vector>
@@ -12,7 +14,6 @@ namespace {
 
 constexpr std::size_t bufferSize = 1050;
 constexpr std::size_t gatheredBelow = 996;  // a line joins the block while both together are shorter
-constexpr std::string_view lineEnd = "\r\n";
 
 // What the writer keeps between calls.
 struct WriterState {
@@ -69,6 +70,20 @@ int WriteBuffered(File& file, std::string_view text) {
         return 1;
     }
     return WriteWhole(file, text) && WriteWhole(file, lineEnd) ? 1 : FailWriting();
+}
+
+// Lines join the block up to the last one whose text ends before gatheredBelow.
+int WriteBufferedLines(File& file, std::string_view lines) {
+    if (!MakeBuffers()) return -1;
+    while (!lines.empty()) {
+        const std::size_t room = gatheredBelow + 1 - std::min(writer.gathered, gatheredBelow + 1);
+        const std::size_t joining = lines.substr(0, room).rfind('\n') + 1;  // npos + 1 is 0: none
+        Gather(lines.substr(0, joining));
+        lines.remove_prefix(joining);
+        assert(joining > 0 || writer.gathered > 0);
+        if (!lines.empty() && !Flush(file)) return FailWriting();
+    }
+    return 1;
 }
 
 int WriteBuffered(File& file, ClearBuf) {

@@ -31,7 +31,8 @@ std::string Scanned(std::string_view text, std::string_view format) {
     std::int32_t integer = -99;
     float real = -99;
     const bool isReal = format == "%f" || format == "%e";
-    const ScanResult result = isReal ? ScanText(text, format, &real) : ScanText(text, format, &integer);
+    const ScanFormat parsed(format);
+    const ScanResult result = isReal ? ScanText(text, parsed, &real) : ScanText(text, parsed, &integer);
     if (result.fields == 1) return isReal ? FormatText("%.2E", real) : FormatText("%d", integer);
     EXPECT_TRUE(integer == -99 && real == -99);
     return result.outOfRange ? "out of range" : "none";

@@ -42,6 +42,33 @@ TEST_F(TextWriter, TouchesTheFileOncePerBlock) {
     EXPECT_EQ(FaultCalls(FaultSeam::FileCall), 2);
 }
 
+// Lines given together reach the file in the same blocks as lines given one by one.
+TEST_F(TextWriter, TakesManyLinesAsOneByOne) {
+    const auto write = [&](const std::string& name, bool together) {
+        std::vector<std::int64_t> calls;
+        File file;
+        EXPECT_TRUE(file.Create(Path(name)));
+        ArmFault(FaultSeam::FileCall, 0);
+        for (std::size_t first = 1; first < 900; first += 7) {
+            std::string lines;
+            const std::size_t last = 88 + first % 4;  // 906 characters and 90 more are a block
+            for (const std::size_t length : {first, 900 - first, std::size_t{0}, last, 2 * last, first, first / 2}) {
+                const std::string line(length, static_cast<char>('a' + length % 26));
+                EXPECT_TRUE(together || WriteBuffered(file, line) == 1);
+                lines += line + "\r\n";
+            }
+            EXPECT_TRUE(!together || WriteBufferedLines(file, lines) == 1);
+            calls.push_back(FaultCalls(FaultSeam::FileCall));
+            EXPECT_TRUE(first % 3 != 0 || WriteBuffered(file, clearbuf) == 1);
+        }
+        EXPECT_EQ(WriteBuffered(file, clearbuf), 1);
+        EXPECT_TRUE(file.Close());
+        return calls;
+    };
+    EXPECT_EQ(write("together", true), write("apart", false));
+    EXPECT_EQ(ReadFile("together"), ReadFile("apart"));
+}
+
 TEST_F(TextWriter, LosesTheBlockWhenTheDiskIsFull) {
     File full;
     ASSERT_TRUE(full.Create("/dev/full"));
@@ -51,10 +78,11 @@ TEST_F(TextWriter, LosesTheBlockWhenTheDiskIsFull) {
     EXPECT_EQ(WriteBuffered(full, std::string(996, 'x')), -1);
     EXPECT_EQ(WriteBuffered(full, "x"), 1);
     EXPECT_EQ(WriteBuffered(full, clearbuf), -1);
+    EXPECT_EQ(WriteBufferedLines(full, std::string(898, 'x') + "\r\n" + std::string(96, 'x') + "\r\n"), -1);
     EXPECT_EQ(recorder.boxes.front().caption, "Error 28");
     ArmFault(FaultSeam::Allocation, 1);
     EXPECT_EQ(WriteBuffered(full, "x"), -1);
-    EXPECT_THAT(TakeMessages(), ElementsAre(1192, 1192, 1192, 1138));
+    EXPECT_THAT(TakeMessages(), ElementsAre(1192, 1192, 1192, 1192, 1138));
 
     EXPECT_EQ(WriteLinesAndClose(full, 1035, [](File& out) { return WriteLines(out, Rows{"x"}); }), 0);
     EXPECT_THAT(TakeMessages(), ElementsAre(1192, 1193));  // at the end of the stream

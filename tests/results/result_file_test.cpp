@@ -1,0 +1,64 @@
+#include "results/result_file.h"
+
+#include <atomic>
+
+#include "platform/faults.h"
+#include "platform/parallel.h"
+#include "support/kaldra_test.h"
+
+namespace kaldra {
+namespace {
+
+class ResultRows : public KaldraTest {
+protected:
+    ~ResultRows() override { SetThreadCount(0); }
+
+    // Writes rows "n half" for n = 1, 2, ... and gives the file.
+    std::string Written(std::size_t count) {
+        static constexpr RowFormat format("%5d %+14.6E");
+        File file;
+        EXPECT_TRUE(file.Create(Path("rows")));
+        EXPECT_TRUE(WriteRows(file, count, format, [](char* out, std::size_t row) {
+            return PutRow(out, format, RowNumber(row), static_cast<float>(row) / 2);
+        }));
+        EXPECT_EQ(WriteBuffered(file, clearbuf), 1);
+        EXPECT_TRUE(file.Close());
+        return ReadFile("rows");
+    }
+};
+
+// From none over a part of a chunk to several rounds, for any number of threads.
+TEST_F(ResultRows, StandInTheirOrder) {
+    for (const std::size_t count : {0, 1, 255, 256, 257, 65536, 140001}) {
+        std::string expected;
+        for (std::size_t row = 0; row < count; ++row) {
+            expected += FormatText("%5d %+14.6E\r\n", RowNumber(row), static_cast<float>(row) / 2);
+        }
+        for (const int threads : {1, 2, 5}) {
+            SetThreadCount(threads);
+            EXPECT_TRUE(Written(count) == expected) << count << " rows, " << threads << " threads";
+        }
+    }
+}
+
+TEST_F(ResultRows, NeedLittleMemory) {
+    const std::string expected = Written(3000);
+    ArmFault(FaultSeam::Allocation, 1);  // the room for all chunks
+    EXPECT_TRUE(Written(3000) == expected);
+}
+
+TEST_F(ResultRows, EndAtTheFirstFailure) {
+    static constexpr RowFormat format("%5d");
+    File full;
+    ASSERT_TRUE(full.Create("/dev/full"));
+    std::atomic<std::size_t> most = 0;
+    EXPECT_FALSE(WriteRows(full, 1000000, format, [&](char* out, std::size_t row) {
+        if (row > most) most = row;
+        return PutRow(out, format, RowNumber(row));
+    }));
+    EXPECT_LT(most, 100000U);
+    EXPECT_THAT(TakeMessages(), ElementsAre(1192));
+}
+
+}  // namespace
+}  // namespace kaldra
