@@ -9,6 +9,7 @@
 #include "model/problem_model.h"
 #include "platform/memory.h"
 #include "platform/number_text.h"
+#include "platform/parallel.h"
 #include "results/result_file.h"
 #include "run/run_state.h"
 
@@ -50,12 +51,13 @@ void ComputeElement(std::size_t e, PointGradient* values) {
 
 [[nodiscard]] int ComputeGradients(std::vector<PointGradient>& values) {
     if (!MakeTable(values, static_cast<std::size_t>(model.pointTotal))) return 0;
-    for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
-        if (!IsRunning()) return 0;
-        if (IsNullElement(model.elements[e])) continue;
-        ComputeElement(e, values.data() + model.PointResultOffset[e]);
-    }
-    return 1;
+    constexpr std::size_t elementsPerTask = 512;
+    RunChunks(static_cast<std::size_t>(model.elementCount), elementsPerTask, [&](std::size_t first, std::size_t end) {
+        for (std::size_t e = first; e < end && IsRunning(); ++e) {
+            if (!IsNullElement(model.elements[e])) ComputeElement(e, values.data() + model.PointResultOffset[e]);
+        }
+    });
+    return IsRunning();
 }
 
 }  // namespace
