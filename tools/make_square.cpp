@@ -1,20 +1,23 @@
-// make-square steady|freezing N FILE.kdr: writes the timing problem of an n by n mesh.
+// make-square steady|linear|freezing N FILE.kdr: writes the timing problem of an N by N mesh.
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <map>
+#include <string>
 
 #include "square_problem.h"
 
 int main(int argc, char** argv) {
-    const bool freezing = argc == 4 && std::strcmp(argv[1], "freezing") == 0;
+    using kaldra::SquareKind;
+    static const std::map<std::string, SquareKind> kinds{
+        {"steady", SquareKind::Steady}, {"linear", SquareKind::Linear}, {"freezing", SquareKind::Freezing}};
+    const auto kind = argc == 4 ? kinds.find(argv[1]) : kinds.end();
     const int n = argc == 4 ? std::atoi(argv[2]) : 0;
-    if (n < 1 || (!freezing && std::strcmp(argv[1], "steady") != 0)) {
-        std::fputs("usage: make-square steady|freezing N FILE.kdr\n", stderr);
+    if (n < 1 || kind == kinds.end()) {
+        std::fputs("usage: make-square steady|linear|freezing N FILE.kdr\n", stderr);
         return 2;
     }
-    const auto kind = freezing ? kaldra::SquareKind::Freezing : kaldra::SquareKind::Steady;
-    if (kaldra::WriteSquareProblem(argv[3], n, kind)) return 0;
+    if (kaldra::WriteSquareProblem(argv[3], n, kind->second)) return 0;
     std::fprintf(stderr, "make-square: cannot write %s\n", argv[3]);
     return 1;
 }

@@ -5,10 +5,12 @@
 
 namespace kaldra {
 
+// Steady state with a conductivity that depends on temperature; 20 steps of constant properties and another surface
+// temperature in each; or 20 steps of freezing from above.
+enum class SquareKind { Steady, Linear, Freezing };
+
 // Writes a data file: 1 m by 1 m, four-node quadrilaterals with 2 by 2 points, nodes numbered up the columns, bottom
-// and top temperatures prescribed. Steady state with a conductivity that depends on temperature, or 20 steps of
-// freezing from above. Gives false if the file cannot be written.
-enum class SquareKind { Steady, Freezing };
+// and top temperatures prescribed. Gives false if the file cannot be written.
 [[nodiscard]] bool WriteSquareProblem(const std::string& path, int n, SquareKind kind);
 
 }  // namespace kaldra

@@ -20,7 +20,7 @@ std::array<std::string, 5> CommonHeader() {
 }
 
 RowRoom::RowRoom(std::size_t bytes) {
-    constexpr std::size_t most = 8U << 20U;
+    constexpr std::size_t most = 2U << 20U;
     const std::size_t wanted = std::min(bytes, most);
     if (wanted > small_.size()) (void)TryMemory(wanted, [&] { large_.resize(wanted); });
 }
