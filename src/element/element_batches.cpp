@@ -195,7 +195,7 @@ KindShapes ShapesOf(const ElementKind& kind, const ElementRec& element) {
     return shapes;
 }
 
-constexpr std::size_t batchesPerTask = 128;
+constexpr std::size_t batchesPerTask = 64;
 
 // Runs work(first, end) over the batches of one kind, and stops early when Stop was pressed.
 template <class Work>

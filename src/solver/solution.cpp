@@ -19,10 +19,10 @@ namespace {
 Solver wishedSolver = Solver::Automatic;
 Solver usedSolver = Solver::Automatic;
 
-// Below this many operations a factorisation by skyline takes a few milliseconds: no reason to look further.
-constexpr double smallFactorisation = 5e8;
+// Below this many operations a factorisation by skyline takes a millisecond or two: no reason to look further.
+constexpr double smallFactorisation = 1e8;
 constexpr double smallMemory = 256e6;
-constexpr double clearFactor = 2;
+constexpr double clearFactor = 1.5;
 
 // What the two take, in the operations of a skyline factorisation. The short columns of fronts and their gathering make
 // the sparse one slower for the same number.
