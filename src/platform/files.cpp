@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -105,6 +106,34 @@ bool File::Close() {
     const int result = ::close(std::exchange(descriptor_, -1));
     if (rehearsed) return false;
     return result == 0 || Failed(errno);
+}
+
+// Gives the system's error number, 0 for none.
+static int Lock(int descriptor) {
+    while (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EINTR) return errno;
+    }
+    return 0;
+}
+
+// A network file system may ask for the right to write before it locks; only there is the file opened so.
+FileLock::Result FileLock::Take(const std::string& path) {
+    if (descriptor_ >= 0) return Result::Held;
+    if (Rehearsed()) return Result::Impossible;
+    int error = 0;
+    for (const int access : {O_RDONLY, O_RDWR}) {
+        descriptor_ = ::open(path.c_str(), access | O_NONBLOCK | O_CLOEXEC);
+        if (descriptor_ < 0) break;
+        error = Lock(descriptor_);
+        if (error == 0) return Result::Held;
+        Release();
+        if (error != EBADF) break;
+    }
+    return error == EWOULDBLOCK ? Result::HeldElsewhere : Result::Impossible;
+}
+
+void FileLock::Release() {
+    if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
 }
 
 bool FileExists(const std::string& path) {

@@ -45,6 +45,28 @@ private:
     std::int64_t size_ = 0;
 };
 
+// An advisory lock on a file. It keeps nobody from reading or writing; it tells one process that another has it, and
+// vanishes with its holder, however that ends.
+//
+// It is flock: it needs no more than the right to read, unlike a write lock of fcntl, and it belongs to the open
+// descriptor, so that the file may be opened, read and closed again elsewhere in the process without losing it.
+class FileLock {
+public:
+    FileLock() = default;
+    ~FileLock() { Release(); }
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+    // Impossible: the file cannot be opened, or its file system knows no locks.
+    enum class Result { Held, HeldElsewhere, Impossible };
+    // Does not wait. A lock that is held already stays as it is.
+    [[nodiscard]] Result Take(const std::string& path);
+    void Release();
+
+private:
+    int descriptor_ = -1;
+};
+
 // Handed over in place of a line, ends a stream of the line reader or of the buffered writer. It is a type of its own,
 // so that no text of a file can be taken for it.
 struct ClearBuf {};

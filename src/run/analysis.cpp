@@ -14,6 +14,7 @@
 #include "results/old_output.h"
 #include "run/front_end.h"
 #include "run/messages.h"
+#include "run/run_lock.h"
 #include "run/run_state.h"
 #include "run/steady_state.h"
 #include "run/transient.h"
@@ -73,6 +74,7 @@ int MakePointTables() {
 }
 
 int StartAnalysis() {
+    if (!HoldRunLock()) return 0;
     frontEnd.ShowRunIcon(true);
     (void)FreeModel();
     InitModel(1);
@@ -133,6 +135,7 @@ void HandleCalcThreadMsg(int first, int) {
 void EndRun() {
     runState.running = 0;
     runState.fileOpen = 1;
+    ReleaseRunLock();
     frontEnd.UpdateMenuState();
     frontEnd.UpdateButtonState();
     frontEnd.ShowRunIcon(false);

@@ -177,6 +177,21 @@ ends_by_the_second_signal() {
     [ "$status" = 143 ] || fail "exit $status"
 }
 
+# The lock of a killed run goes with its process; the marker that it leaves is nobody's business.
+runs_once_at_a_time() {
+    starts
+    run 1 --quiet a.kdr
+    has err "error 5001: Another run on this data file is under way."
+    kill -0 "$pid" || fail "the first run ended"
+    there a.lkp
+    kill -KILL "$pid"
+    wait "$pid" 2>/dev/null
+    there a.lkp
+    problem 9 0.01 >a.kdr
+    run 0 --quiet a.kdr
+    gone a.lkp
+}
+
 halts_by_signal() {
     local status=0
     starts
