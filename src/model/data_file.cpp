@@ -10,6 +10,7 @@
 #include "platform/memory.h"
 #include "platform/number_text.h"
 #include "run/messages.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -19,8 +20,10 @@ namespace {
 struct DataFile {
     File file;
     LineBuffer line;
-    std::int64_t lineNumber = 0;  // of `line`, from 1
-    bool sequenceOnly = false;    // ReadTimeSequence: a missing line is message 1053
+    std::int64_t lineNumber = 0;    // of `line`, from 1
+    bool sequenceOnly = false;      // ReadTimeSequence: a missing line is message 1053
+    std::int64_t cutLines = 0;      // lines whose end was not seen,
+    std::int64_t firstCutLine = 0;  // and the first of them
 
     std::int64_t firstNodeLine = 0;  // 0: no such section
     std::int64_t firstElementLine = 0;
@@ -45,7 +48,8 @@ int BadLine(const DataFile& in) { return ShowErrorWithText(1150, in.line.View())
 
 // Scans the line, which must hold at least `wanted` fields and no number beyond f32 or 32 bits.
 template <class... Targets>
-[[nodiscard]] int ScanLine(const DataFile& in, int wanted, std::string_view format, Targets*... targets) {
+[[nodiscard]] int ScanLine(DataFile& in, int wanted, std::string_view format, Targets*... targets) {
+    if (in.line.cut && in.cutLines++ == 0) in.firstCutLine = in.lineNumber;
     const ScanResult result = ScanText(in.line.View(), format, targets...);
     return result.fields >= wanted && !result.outOfRange ? 1 : BadLine(in);
 }
@@ -58,7 +62,7 @@ template <class... Targets>
 constexpr std::int32_t unlimited = std::numeric_limits<std::int32_t>::max();
 
 // Takes the count behind the keyword of the line in hand.
-[[nodiscard]] int ScanCount(const DataFile& in, std::int32_t& count, std::int32_t limit = unlimited,
+[[nodiscard]] int ScanCount(DataFile& in, std::int32_t& count, std::int32_t limit = unlimited,
                             std::string_view format = "%*s %d") {
     if (!ScanLine(in, 1, format, &count)) return 0;
     return count >= 0 && count <= limit ? 1 : BadLine(in);
@@ -113,6 +117,7 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
 
 [[nodiscard]] int ReadConverge(DataFile& in) {
     if (!ReadFields(in, 3, "%d %f %d", &model.maxIterations, &model.tolerance, &model.maxPhasePoints)) return 0;
+    model.convergeLine = in.lineNumber;
     const std::scoped_lock lock(hmtxGraphMem);
     graphMemory.GraphLastIteration = model.maxIterations;
     return 1;
@@ -121,6 +126,7 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
 [[nodiscard]] int ReadTimeRows(DataFile& in, std::int32_t count) {
     model.stepCount = 0;
     if (!BeginTable(in, model.timeSteps, count, 3)) return 0;
+    model.firstStepLine = in.lineNumber + 1;
     for (std::int32_t i = 0; i < count; ++i) {
         TimeStepRec step{0, 0, 1};
         if (!ReadFields(in, 2, "%*d %f %f %d", &step.increment, &step.elapsed, &step.saveFlag)) {
@@ -206,6 +212,7 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
                         &function.smoothing, &function.weight, &function.repeat)) {
             return 0;
         }
+        function.line = in.lineNumber;
         if (!IsNumberWithin(number, count)) return BadLine(in);
         if (!ReadFunctionPoints(in, function.pointCount, function.points)) return 0;
         if (!function.points.empty()) function.period = function.points.back().x;
@@ -456,6 +463,13 @@ template <class Record>
     }
 }
 
+void WarnOfCutLines(const DataFile& in) {
+    if (in.cutLines == 0) return;
+    std::string text = "the line is longer than 94 characters, and what stands behind them is not read: shorten it";
+    if (in.cutLines > 1) text += FormatText(", and %d more behind it", in.cutLines - 1);
+    WarnOfLine(model.dataFileName, in.firstCutLine, text);
+}
+
 }  // namespace
 
 int ReadDataFile() {
@@ -465,6 +479,7 @@ int ReadDataFile() {
     model.baseName = model.dataFileName.substr(0, model.dataFileName.size() - extension);
     const int result = ReadFileInfo(in) && ReadSections(in) && CheckActive() && CheckReferences(in);
     model.useDoubleStore = 1;
+    WarnOfCutLines(in);
     ReadLine(in.file, clearbuf);
     return result;
 }

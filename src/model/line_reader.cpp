@@ -47,7 +47,12 @@ char CopyToLineEnd(LineBuffer& line) {
     for (;; ++reader.readCursor) {
         const char c = block[reader.readCursor];
         if (c == '\n' || c == '\0') return c;
-        if (c != '\r' && line.length < lineBufferSize - 1) line.text[line.length++] = c;
+        if (c == '\r') continue;
+        if (line.length < lineBufferSize - 1) {
+            line.text[line.length++] = c;
+        } else if (c != ' ') {
+            line.cut = true;
+        }
     }
 }
 
@@ -55,6 +60,7 @@ char CopyToLineEnd(LineBuffer& line) {
 
 int ReadLine(File& file, LineBuffer& line) {
     line.length = 0;
+    line.cut = false;
     for (;;) {
         if (reader.readBlock.empty()) {
             const Filled filled = FillBlock(file);

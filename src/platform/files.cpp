@@ -38,6 +38,7 @@ File::~File() {
 bool File::Open(const std::string& path, int flags) {
     if (Rehearsed()) return false;
     if (descriptor_ >= 0) return Failed(EBUSY);
+    path_ = path;
     do {
         descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
     } while (descriptor_ < 0 && errno == EINTR);

@@ -34,6 +34,8 @@ public:
     // Gives the number of bytes written, fewer than asked for after a failure.
     [[nodiscard]] std::int64_t Write(std::string_view bytes);
     [[nodiscard]] bool Close();
+    // The path of the last opening.
+    [[nodiscard]] const std::string& Path() const { return path_; }
     // Length of the file in bytes as it was at OpenForReading.
     [[nodiscard]] std::int64_t Size() const { return size_; }
 
@@ -43,6 +45,7 @@ private:
 
     int descriptor_ = -1;
     std::int64_t size_ = 0;
+    std::string path_;
 };
 
 // An advisory lock on a file. It keeps nobody from reading or writing; it tells one process that another has it, and

@@ -43,6 +43,11 @@ int CheckStepTime(const std::string& fileName, float elapsed) {
     return read && found == elapsed;
 }
 
+bool TimeSurvivesFile(float elapsed) {
+    float found = 0;
+    return ScanText(FormatText("%+12.4E", elapsed), "%f", &found).fields == 1 && found == elapsed;
+}
+
 std::int32_t LastConsistentStep(char letter) {
     std::int32_t last = 0;
     for (std::int32_t step = 1; step <= model.stepCount; ++step) {

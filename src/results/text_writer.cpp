@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/memory.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -29,16 +30,20 @@ void ReleaseBuffers() {
     writer.writerReady = false;
 }
 
-[[nodiscard]] bool MakeBuffers() {
+[[nodiscard]] bool MakeBuffers(const File& file) {
     if (writer.writerReady) return true;
-    if (!MakeTable(writer.writeBuffer, bufferSize)) return false;
+    if (!MakeTable(writer.writeBuffer, bufferSize)) {
+        WarnOfBrokenFile(file.Path());
+        return false;
+    }
     writer.gathered = 0;
     writer.writerReady = true;
     return true;
 }
 
-int FailWriting() {
+int FailWriting(const File& file) {
     ReleaseBuffers();
+    WarnOfBrokenFile(file.Path());
     ShowError(1192);
     return -1;
 }
@@ -61,23 +66,21 @@ void Gather(std::string_view text) {
 }  // namespace
 
 int WriteBuffered(File& file, std::string_view text) {
-    if (!MakeBuffers()) return -1;
-    if (writer.gathered + text.size() >= gatheredBelow && !Flush(file)) return FailWriting();
+    if (!MakeBuffers(file)) return -1;
+    if (writer.gathered + text.size() >= gatheredBelow && !Flush(file)) return FailWriting(file);
     if (text.size() < gatheredBelow) {
         Gather(text);
         Gather(lineEnd);
         return 1;
     }
-    return WriteWhole(file, text) && WriteWhole(file, lineEnd) ? 1 : FailWriting();
+    return WriteWhole(file, text) && WriteWhole(file, lineEnd) ? 1 : FailWriting(file);
 }
 
 int WriteBuffered(File& file, ClearBuf) {
-    if (!MakeBuffers()) return -1;
-    const bool flushed = Flush(file);
+    if (!MakeBuffers(file)) return -1;
+    if (!Flush(file)) return FailWriting(file);
     ReleaseBuffers();
-    if (flushed) return 1;
-    ShowError(1192);
-    return -1;
+    return 1;
 }
 
 }  // namespace kaldra

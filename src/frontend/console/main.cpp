@@ -18,6 +18,7 @@
 #include "run/front_end.h"
 #include "run/messages.h"
 #include "run/run_state.h"
+#include "run/warnings.h"
 
 namespace {
 
@@ -55,6 +56,7 @@ void CatchSignals() {
     Catch(SIGTERM, OnStopSignal);
     Catch(SIGUSR1, OnHaltSignal);
     Catch(SIGPIPE, SIG_IGN);  // a reader that goes away must not end the analysis
+    Catch(SIGXFSZ, SIG_IGN);  // a file beyond the size limit is a failed write like any other
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -148,19 +150,28 @@ void WaitForEnd() {
 
 int Run(const Options& options) {
     const std::string path = AbsolutePath(options.file);
-    if (path.empty() || !OpenAsCommanded(path)) return exitFailed;
+    if (path.empty() || !OpenAsCommanded(path)) {
+        PrintWarnings();
+        return exitFailed;
+    }
     const std::int32_t kind = model.analysisType;
     const int refused = PrepareStart(options);
     if (refused != exitDone) return refused;
-    if (!Start()) return exitFailed;
+    const bool started = Start() == 1;
+    PrintWarnings();
+    if (!started) return exitFailed;
     const int messagesOfStart = OutcomeOfRun().messages;
     runExists = true;
     WaitForEnd();
+    PrintWarnings();
 
     const ConsoleOutcome outcome = OutcomeOfRun();
     if (outcome.result == 1) {
-        if (!outcome.warning.empty()) Warn(outcome.warning);
-        const bool doubtful = !outcome.warning.empty() || outcome.messages > 0;
+        if (!ResultsAreWhole()) {
+            Complain("the analysis came to its end, but its results are not whole");
+            return exitFailed;
+        }
+        const bool doubtful = outcome.warnings > 0 || outcome.messages > 0;
         return options.strict && doubtful ? exitDoubtful : exitDone;
     }
     if (kind != steadyState && kind != transient) {
@@ -183,7 +194,7 @@ int main(int argc, char** argv) {
         app.add_option("--initial", options.initialFile, "begin from the temperatures of a result file")
             ->option_text("FILE");
     app.add_flag("-q,--quiet", options.quiet, "no status lines");
-    app.add_flag("--strict", options.strict, "exit 4 when an iteration did not converge or a message was shown");
+    app.add_flag("--strict", options.strict, "exit 4 when a message or a warning was shown");
     app.set_version_flag("--version", "kaldra-run " KALDRA_VERSION);
     app.footer(
         "Status lines go to stdout, messages to stderr; the results are written beside the data file.\n"

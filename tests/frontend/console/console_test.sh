@@ -118,7 +118,7 @@ refuses_a_long_path() {
 warns_and_is_strict() {
     problem 1 0.01 >a.kdr
     run 0 a.kdr
-    is err "warning: the iteration ended at maxIterations (1) without converging"
+    has err "warning: $PWD/a.kdr:11: the iteration ended at maxIterations (1) without converging: raise maxIterations"
     there a.t00
     run 4 --strict a.kdr
     problem 9 0.01 >b.kdr
@@ -129,12 +129,40 @@ warns_and_is_strict() {
     run 4 --strict c.kdr
 }
 
+# A run whose files are not whole says so by its exit status, whichever file it is and whatever the engine makes of it.
+tells_of_broken_files() {
+    local file status
+    problem 9 0.01 | sed 's/^FLUX 0/FLUX 20/' >a.kdr
+    for n in {1..20}; do printf '%s\n' "$n 1" "1 -1 0.5 2 0.5"; done >sections
+    sed -i '/^FLUX/r sections' a.kdr
+    for file in j00 cnp t00 g00 r00; do
+        ln -sf /dev/full "a.$file"
+        run 1 a.kdr
+        has err "error 1192: Cannot write to disk."
+        has err "warning: $PWD/a.$file was not written whole and must not be used"
+        rm "a.$file"
+    done
+    run 0 --strict a.kdr
+    rm a.t00
+    mkdir a.t00
+    run 1 a.kdr
+    has err "error 1021: "
+    rmdir a.t00
+    (ulimit -f 0 && exec "$program" -q a.kdr 2>&1 </dev/null) | cat >limited
+    status=${PIPESTATUS[0]}
+    [ "$status" = 1 ] || fail "exit $status beyond the file size limit"
+    has limited "warning: $PWD/a.cnp was not written whole"
+    "$program" a.kdr >/dev/full 2>err || fail "status lines that nobody takes fail the run"
+    is err "warning: some status lines are lost: standard output could not be written"
+}
+
 # starts PROBLEM-ARGUMENTS: an endless run in the background, past its first iteration; its id is in $pid.
 starts() {
     problem 1000000 0 >a.kdr
+    rm -f out err # of the run before
     "$program" a.kdr >out 2>err </dev/null &
     pid=$!
-    until grep -q $'^    0\t2\t' out; do sleep 0.02; done
+    until grep -qs $'^    0\t2\t' out; do sleep 0.02; done
     there a.lkp
 }
 
