@@ -191,6 +191,11 @@ static void PrintOnStderr(const std::string& line) {
     DrawProgress();
 }
 
+void PrintLine(const std::string& line) {
+    const std::scoped_lock lock(console.lock);
+    Print(stdout, line + '\n');
+}
+
 void PrintWarnings() {
     for (const std::string& text : TakeWarnings()) {
         PrintOnStderr("warning: " + text);

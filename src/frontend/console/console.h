@@ -30,6 +30,9 @@ void ClearProgressLine();
 
 [[nodiscard]] ConsoleOutcome OutcomeOfRun();
 
+// Prints a line on stdout, also where status lines are left out.
+void PrintLine(const std::string& line);
+
 // Prints the engine's warnings since the last call on stderr, "warning: " before each.
 void PrintWarnings();
 

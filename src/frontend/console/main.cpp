@@ -8,6 +8,7 @@
 #include <csignal>
 #include <string>
 
+#include "check/check.h"
 #include "frontend/commands.h"
 #include "frontend/console/console.h"
 #include "model/file_names.h"
@@ -24,7 +25,14 @@ namespace {
 
 using namespace kaldra;
 
-enum ExitStatus : int { exitDone = 0, exitFailed = 1, exitUsage = 2, exitDoubtful = 4, exitSignal = 128 };
+enum ExitStatus : int {
+    exitDone = 0,
+    exitFailed = 1,
+    exitUsage = 2,
+    exitCannotStart = 3,
+    exitDoubtful = 4,
+    exitSignal = 128
+};
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Signals
@@ -66,6 +74,7 @@ struct Options {
     std::string file;
     std::int32_t startStep = 0;  // 0: not given
     std::string initialFile;     // empty: not given
+    bool check = false;
     bool quiet = false;
     bool strict = false;
 };
@@ -92,7 +101,7 @@ bool IsNameOfOutput(std::string_view name) {
     return rest == "in" || rest.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-bool OpenAsCommanded(const std::string& path) {
+bool NamesADataFile(const std::string& path) {
     const std::string name = path.substr(FileNameOffset(path));
     std::int32_t dotPosition = 0;
     std::int32_t length = 0;
@@ -102,7 +111,27 @@ bool OpenAsCommanded(const std::string& path) {
         Complain("a run writes and deletes files of this name, so it cannot be a data file: " + path);
         return false;
     }
-    return OpenDataFile(path) == 1;
+    return true;
+}
+
+// Prints what is wrong or doubtful in the file, as FILE:LINE: KIND: SENTENCE, and a summary.
+int Check(const Options& options) {
+    const std::string path = AbsolutePath(options.file);
+    if (path.empty() || !NamesADataFile(path)) return exitCannotStart;
+    const Findings findings = CheckDataFile(path);
+    std::int64_t errors = 0;
+    for (const Finding& finding : findings.list) {
+        const bool isError = finding.severity == Severity::Error;
+        if (isError) ++errors;
+        const std::string place = finding.line == 0 ? "" : FormatText("%d:", finding.line);
+        PrintLine(FormatText("%s:%s %s: %s", options.file, place, isError ? "error" : "warning", finding.text));
+    }
+    const std::int64_t doubts = static_cast<std::int64_t>(findings.list.size()) - errors;
+    if (!options.quiet) {
+        PrintLine(FormatText("%s: an analysis %s start: %s, %s", options.file, errors > 0 ? "cannot" : "can",
+                             Counted(errors, "error"), Counted(doubts, "warning")));
+    }
+    return errors > 0 ? exitCannotStart : exitDone;
 }
 
 // The start that the options ask for. Gives the exit status of a refusal, exitDone for none.
@@ -150,7 +179,7 @@ void WaitForEnd() {
 
 int Run(const Options& options) {
     const std::string path = AbsolutePath(options.file);
-    if (path.empty() || !OpenAsCommanded(path)) {
+    if (path.empty() || !NamesADataFile(path) || !OpenDataFile(path)) {
         PrintWarnings();
         return exitFailed;
     }
@@ -193,13 +222,16 @@ int main(int argc, char** argv) {
     CLI::Option* const initial =
         app.add_option("--initial", options.initialFile, "begin from the temperatures of a result file")
             ->option_text("FILE");
+    app.add_flag("--check", options.check, "list what is wrong or doubtful in the file, and run nothing")
+        ->excludes(startStep, initial);
     app.add_flag("-q,--quiet", options.quiet, "no status lines");
     app.add_flag("--strict", options.strict, "exit 4 when a message or a warning was shown");
     app.set_version_flag("--version", "kaldra-run " KALDRA_VERSION);
     app.footer(
         "Status lines go to stdout, messages to stderr; the results are written beside the data file.\n"
         "SIGINT and SIGTERM stop the run, SIGUSR1 ends the iteration of the step under way.\n"
-        "Exit status: 0 finished, 1 failed, 2 wrong usage, 4 doubtful with --strict, 128 + n stopped by signal n.");
+        "Exit status: 0 finished, 1 failed, 2 wrong usage, 3 with --check: cannot start, 4 doubtful with --strict, 128 "
+        "+ n stopped by signal n.");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -219,5 +251,5 @@ int main(int argc, char** argv) {
     CatchSignals();
     InitModel(0);
     InitModel(1);
-    return Run(options);
+    return options.check ? Check(options) : Run(options);
 }

@@ -129,6 +129,21 @@ warns_and_is_strict() {
     run 4 --strict c.kdr
 }
 
+checks_without_a_run() {
+    problem 9 0.01 >a.kdr
+    run 0 --check a.kdr
+    is out "a.kdr: an analysis can start: 0 errors, 0 warnings"
+    is err ""
+    problem 1 0.01 | sed 's/^2 1 0 -1 1/2 1 0 -1 2/; s/^2 6 5.*/2 6 5 3/; s/^POLE.*/POLES/' >bad.kdr
+    run 3 --check -q bad.kdr
+    is out "bad.kdr:11: warning: maxIterations is 1, and 2 is the least in which anything can converge
+bad.kdr:34: error: field 5 of this row of ELEMENT is missing, or no number that can be taken: 2 6 5 3
+bad.kdr:35: error: field 1 of this row of POLE is missing, or no number that can be taken: POLES"
+    run 3 --check none.kdr
+    run 2 --check --start-step 2 a.kdr
+    [ "$(ls)" = "$(printf '%s\n' a.kdr bad.kdr err out)" ] || fail "a check leaves files: $(ls)"
+}
+
 # A run whose files are not whole says so by its exit status, whichever file it is and whatever the engine makes of it.
 tells_of_broken_files() {
     local file status
