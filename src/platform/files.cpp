@@ -148,6 +148,14 @@ bool DeleteFile(const std::string& path) {
     return ::unlink(path.c_str()) == 0 || Failed(errno);
 }
 
+bool IsNewerThan(const std::string& path, const std::string& other) {
+    if (Rehearsed()) return false;
+    struct stat a {};
+    struct stat b {};
+    if (::stat(path.c_str(), &a) != 0 || ::stat(other.c_str(), &b) != 0) return false;
+    return std::pair(a.st_mtim.tv_sec, a.st_mtim.tv_nsec) > std::pair(b.st_mtim.tv_sec, b.st_mtim.tv_nsec);
+}
+
 bool CopyFile(const std::string& from, const std::string& to) {
     if (Rehearsed()) return false;
     std::error_code error;

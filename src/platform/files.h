@@ -77,6 +77,8 @@ inline constexpr ClearBuf clearbuf;
 
 [[nodiscard]] bool FileExists(const std::string& path);
 [[nodiscard]] bool DeleteFile(const std::string& path);
+// True if `path` was written to later than `other`; false where that cannot be told.
+[[nodiscard]] bool IsNewerThan(const std::string& path, const std::string& other);
 // Copies a file's bytes over `to`, in place of any older file.
 [[nodiscard]] bool CopyFile(const std::string& from, const std::string& to);
 // Names, without folder and in rising order, of the entries of `folder` that begin with `prefix`. None where it cannot

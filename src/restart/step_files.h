@@ -22,6 +22,9 @@ namespace kaldra {
 // True for an elapsed time that five printed digits give back, as CheckStepTime asks for.
 [[nodiscard]] bool TimeSurvivesFile(float elapsed);
 
+// Warns of a step whose results no restart finds, as its elapsed time does not survive.
+void WarnOfLostTime(std::int32_t step);
+
 // The last step that the result files on disk do not contradict: the one before the first whose time differs.
 [[nodiscard]] std::int32_t LastConsistentStep(char letter);
 

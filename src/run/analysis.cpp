@@ -7,7 +7,6 @@
 #include "model/data_file.h"
 #include "model/function_setup.h"
 #include "model/problem_model.h"
-#include "model/time_sequence.h"
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/number_text.h"
@@ -63,17 +62,6 @@ int MakePointTables() {
     } catch (const std::system_error&) {
         return ShowError(4001);
     }
-}
-
-// A result file holds its elapsed time with five digits, and a restart compares exactly.
-static void WarnOfLostTime(std::int32_t step) {
-    const float elapsed = ElapsedTime(step);
-    if (TimeSurvivesFile(elapsed)) return;
-    WarnOfLine(
-        model.dataFileName, model.firstStepLine + step - 1,
-        FormatText("the elapsed time %s of step %d needs more than the five digits of a result file, so its "
-                   "results look like those of another time sequence: give it five digits, and start from step 1",
-                   PlainNumber(elapsed), step));
 }
 
 static void WarnOfBoundaryRanges() {

@@ -15,9 +15,11 @@
 #include "model/problem_model.h"
 #include "platform/files.h"
 #include "platform/number_text.h"
+#include "restart/resume.h"
 #include "run/analysis.h"
 #include "run/front_end.h"
 #include "run/messages.h"
+#include "run/run_lock.h"
 #include "run/run_state.h"
 #include "run/warnings.h"
 
@@ -75,6 +77,7 @@ struct Options {
     std::int32_t startStep = 0;  // 0: not given
     std::string initialFile;     // empty: not given
     bool check = false;
+    bool resume = false;
     bool quiet = false;
     bool strict = false;
 };
@@ -153,6 +156,26 @@ int PrepareStart(const Options& options) {
     return !path.empty() && ChooseInitialConditions(path) ? exitDone : exitFailed;
 }
 
+// What --resume makes of the results on disk: the next start goes on behind them. Gives false where nothing is left to
+// do; `refused` is then the exit status.
+bool PrepareResume(const Options& options, int& refused) {
+    refused = HoldRunLock() ? exitDone : exitFailed;  // a run under way is still writing them
+    if (refused != exitDone) return false;
+    const ResumePoint point = FindResumePoint(options.startStep);
+    std::string sentence = "nothing to resume: a plain start";
+    if (point.whole) {
+        sentence = "the results are whole: nothing is left to do";
+        (void)DeleteFile(runState.lockFilePath);  // of a run that was killed behind its last file
+    } else if (point.lastStep > 0) {
+        ChooseStartTime(point.lastStep + 1);
+        sentence = FormatText("resuming at step %d, behind the results of step %d", point.lastStep + 1, point.lastStep);
+    } else {
+        refused = PrepareStart(options);
+    }
+    if (!options.quiet && refused == exitDone) PrintLine(options.file + ": " + sentence);
+    return !point.whole && refused == exitDone;
+}
+
 // A Stop that came while the start was still preparing is kept until the run shows itself.
 void WaitForEnd() {
     bool begun = false;
@@ -184,7 +207,14 @@ int Run(const Options& options) {
         return exitFailed;
     }
     const std::int32_t kind = model.analysisType;
-    const int refused = PrepareStart(options);
+    int refused = exitDone;
+    if (options.resume) {
+        const bool goesOn = PrepareResume(options, refused);
+        PrintWarnings();
+        if (!goesOn) return refused;
+    } else {
+        refused = PrepareStart(options);
+    }
     if (refused != exitDone) return refused;
     const bool started = Start() == 1;
     PrintWarnings();
@@ -222,8 +252,12 @@ int main(int argc, char** argv) {
     CLI::Option* const initial =
         app.add_option("--initial", options.initialFile, "begin from the temperatures of a result file")
             ->option_text("FILE");
+    CLI::Option* const resume =
+        app.add_flag("--resume", options.resume, "go on behind the last results that an interrupted run left whole")
+            ->option_text(" ");
     app.add_flag("--check", options.check, "list what is wrong or doubtful in the file, and run nothing")
-        ->excludes(startStep, initial);
+        ->option_text(" ")
+        ->excludes(startStep, initial, resume);
     app.add_flag("-q,--quiet", options.quiet, "no status lines");
     app.add_flag("--strict", options.strict, "exit 4 when a message or a warning was shown");
     app.set_version_flag("--version", "kaldra-run " KALDRA_VERSION);

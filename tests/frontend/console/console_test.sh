@@ -4,6 +4,7 @@
 #     console_test.sh PROGRAM CASE
 set -u
 program=$1
+examples=$(cd "$(dirname "$0")/../../../examples" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
@@ -220,6 +221,48 @@ ends_by_the_second_signal() {
     [ "$status" = 143 ] || fail "exit $status"
 }
 
+# kill_and_resume EXAMPLE: kills a run and what resumes it at random moments until one comes through, and compares.
+kill_and_resume() {
+    local name=$1 begin length round delay status
+    mkdir whole work
+    cp "$examples/$name/$name.kdr" whole
+    cp -p "whole/$name.kdr" work
+    begin=$(date +%s%N)
+    run 0 --quiet "whole/$name.kdr"
+    length=$((($(date +%s%N) - begin) / 1000))
+    run 0 --resume "whole/$name.kdr"
+    is out "whole/$name.kdr: the results are whole: nothing is left to do"
+    for round in 1 2 3 4 5; do
+        delay=$((length * (RANDOM % 45 + 5) / 100))
+        "$program" --resume --quiet "work/$name.kdr" >out 2>err </dev/null &
+        pid=$!
+        sleep "$((delay / 1000000)).$(printf %06d $((delay % 1000000)))"
+        kill -KILL "$pid" 2>/dev/null
+        status=0
+        wait "$pid" 2>/dev/null || status=$?
+        [ "$status" = 137 ] || [ "$status" = 0 ] || fail "exit $status of a killed run: $(cat err)"
+        rm -rf again
+        cp -rp work again
+    done
+    run 0 --resume "work/$name.kdr"
+    run 0 --resume "again/$name.kdr"
+    for file in again/*; do cmp "$file" "work/${file#*/}" || fail "two resumed runs differ, killed after $delay us"; done
+    for file in "whole/$name".[tgrj]*; do
+        [ "$(wc -l <"$file")" = "$(wc -l <"work/${file#*/}")" ] || fail "work/${file#*/} is not whole"
+    done
+    for file in "whole/$name".t[0-9]*; do close_to "$file" "work/${file#*/}"; done
+    gone "work/$name.lkp"
+}
+
+# The criterion of convergence, 0.1 per cent in these examples, for the difference of two temperature files.
+close_to() {
+    awk 'FNR > 8 { if (NR == FNR) { t[FNR] = $2; sum += $2 * $2 } else { d = $2 - t[FNR]; error += d * d } }
+         END { exit !(sum > 0 && sqrt(error) < 0.001 * (sqrt(sum) + 1)) }' "$1" "$2" || fail "$2 is not close to $1"
+}
+
+resumes_a_killed_transient_run() { kill_and_resume road-embankment; }
+resumes_a_killed_steady_run() { kill_and_resume heated-slab; }
+
 # The lock of a killed run goes with its process; the marker that it leaves is nobody's business.
 runs_once_at_a_time() {
     starts
@@ -233,6 +276,10 @@ runs_once_at_a_time() {
     problem 9 0.01 >a.kdr
     run 0 --quiet a.kdr
     gone a.lkp
+    starts
+    run 1 --quiet --resume a.kdr
+    kill -KILL "$pid"
+    wait "$pid" 2>/dev/null
 }
 
 halts_by_signal() {
