@@ -89,6 +89,15 @@ TEST_F(Resume, ResultsHaveToFitTheDataFile) {
     LeaveResults(finer);
     EXPECT_EQ(Find(), Steps(1, false));
     EXPECT_THAT(TakeWarnings(), ElementsAre(testing::HasSubstr("case.kdr:14: the elapsed time 1.23456 of step 2")));
+    Problem standing = TransientColumn();
+    standing.times = {"1 1 1 1", "2 0 1 1"};
+    LeaveResults(standing);
+    for (const char* letter : {"t", "g", "r", "j"}) {  // the same time, another step
+        const std::string name = std::string("case.") + letter;
+        std::filesystem::rename(Path(name + "01"), Path(name + "02"));
+    }
+    EXPECT_EQ(Find(), Steps(-1, false));
+    LeaveResults(finer);
     Problem larger = finer;
     larger.Node(9, 9);
     ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", larger.Text())), 1);
