@@ -330,11 +330,12 @@ bool ReadElements(LooseFile& in) {
     return true;
 }
 
+// The line behind the flag is taken whatever it holds, be it the next section.
 bool ReadPole(LooseFile& in) {
     model.poleX = 0;
     model.poleY = 0;
     std::int32_t flag = 0;
-    if (!Take(in, ScanCountRow(Text(in), flag)) || flag == 0 || !NextRow(in, 0, 1)) return true;
+    if (!Take(in, ScanCountRow(Text(in), flag)) || flag == 0 || !NextLine(in)) return true;
     if (ScanPoleRow(in.line.View(), model).fields < 2) {
         AddDoubt(in.found, in.lineNumber, "this is no position of a pole, which then lies at 0 0: %s", in.line.View());
     }
@@ -395,7 +396,7 @@ void ReadFileInfo(LooseFile& in) {
     while (NextLine(in)) {
         if (!Text(in).starts_with("FILEINFO")) continue;
         float version = 0;
-        if (NextRow(in, 0, 1) && Take(in, ScanVersionRow(in.line.View(), version)) && version < 4.0F) {
+        if (NextLine(in) && Take(in, ScanVersionRow(in.line.View(), version)) && version < 4.0F) {
             AddError(in.found, in.lineNumber, "the version is below 4.0: %s", in.line.View());
         }
         return;

@@ -78,6 +78,8 @@ TEST_F(Check, FindsFaultsWithTheirLines) {
     const std::string wide = "1 1 1 1" + std::string(94, ' ') + "x";
     const std::vector<Fault> faults{
         {"KALDRA 4.0", "KALDRA 3.9", {"2! the version is below 4.0"}},
+        {"KALDRA 4.0", "NODE 4.0", {}},
+        {"POLE 0", "POLE 1\nPOLE 0", {"49? this is no position of a pole, which then lies at 0 0: POLE 0"}},
         {"FILEINFO",
          "FILE",
          {"0! no line begins with FILEINFO",
