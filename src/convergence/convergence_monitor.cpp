@@ -12,6 +12,7 @@
 #include "run/front_end.h"
 #include "run/messages.h"
 #include "run/run_state.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -78,7 +79,10 @@ int MonitorConvergence() {
     convergence.change = runState.iteration == 1 ? firstChange : PercentChange(norm, previous);
 
     bool redrawDue = false;
-    if (!StoreGraphPoint(runState.iteration, static_cast<double>(norm), redrawDue)) return 0;
+    if (!StoreGraphPoint(runState.iteration, static_cast<double>(norm), redrawDue)) {
+        WarnOfBrokenFile(ConvergencePath);  // it lacks this iteration
+        return 0;
+    }
     if (redrawDue) frontEnd.GraphDataReady();
 
     if (!RecordIteration(norm, convergence.change)) return -1;

@@ -5,11 +5,13 @@
 #include <limits>
 
 #include "convergence/graph_memory.h"
+#include "model/data_rows.h"
 #include "model/line_reader.h"
 #include "model/problem_model.h"
 #include "platform/memory.h"
 #include "platform/number_text.h"
 #include "run/messages.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -19,8 +21,10 @@ namespace {
 struct DataFile {
     File file;
     LineBuffer line;
-    std::int64_t lineNumber = 0;  // of `line`, from 1
-    bool sequenceOnly = false;    // ReadTimeSequence: a missing line is message 1053
+    std::int64_t lineNumber = 0;    // of `line`, from 1
+    bool sequenceOnly = false;      // ReadTimeSequence: a missing line is message 1053
+    std::int64_t cutLines = 0;      // lines whose end was not seen,
+    std::int64_t firstCutLine = 0;  // and the first of them
 
     std::int64_t firstNodeLine = 0;  // 0: no such section
     std::int64_t firstElementLine = 0;
@@ -43,24 +47,24 @@ int BadLine(const DataFile& in) { return ShowErrorWithText(1150, in.line.View())
     return result == 0 && in.sequenceOnly ? ShowError(1053) : BadLine(in);
 }
 
-// Scans the line, which must hold at least `wanted` fields and no number beyond f32 or 32 bits.
-template <class... Targets>
-[[nodiscard]] int ScanLine(const DataFile& in, int wanted, const ScanFormat& format, Targets*... targets) {
-    const ScanResult result = ScanText(in.line.View(), format, targets...);
-    return result.fields >= wanted && !result.outOfRange ? 1 : BadLine(in);
+// Takes the line in hand as a row, if it holds one.
+[[nodiscard]] int Accept(DataFile& in, const RowScan& scan) {
+    if (in.line.cut && in.cutLines++ == 0) in.firstCutLine = in.lineNumber;
+    return scan.whole ? 1 : BadLine(in);
 }
 
-template <class... Targets>
-[[nodiscard]] int ReadFields(DataFile& in, int wanted, const ScanFormat& format, Targets*... targets) {
-    return NextLine(in) && ScanLine(in, wanted, format, targets...);
+// Reads a line that has to hold a row: `scan` fills `records` in.
+template <class... Records>
+[[nodiscard]] int ReadRow(DataFile& in, RowScan (*scan)(std::string_view, Records&...), Records&... records) {
+    return NextLine(in) && Accept(in, scan(in.line.View(), records...));
 }
 
 constexpr std::int32_t unlimited = std::numeric_limits<std::int32_t>::max();
 
 // Takes the count behind the keyword of the line in hand.
-[[nodiscard]] int ScanCount(const DataFile& in, std::int32_t& count, std::int32_t limit = unlimited,
-                            const ScanFormat& format = "%*s %d") {
-    if (!ScanLine(in, 1, format, &count)) return 0;
+[[nodiscard]] int TakeCount(DataFile& in, std::int32_t& count, std::int32_t limit = unlimited,
+                            RowScan (*scan)(std::string_view, std::int32_t&) = ScanCountRow) {
+    if (!Accept(in, scan(in.line.View(), count))) return 0;
     return count >= 0 && count <= limit ? 1 : BadLine(in);
 }
 
@@ -92,7 +96,7 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
         if (in.line.View().starts_with("FILEINFO")) break;
     }
     float version = 0;
-    if (!ReadFields(in, 1, "%*s %f", &version)) return 0;
+    if (!ReadRow(in, ScanVersionRow, version)) return 0;
     return version >= 4.0F ? 1 : ShowError(1054);
 }
 
@@ -106,13 +110,11 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
     return 1;
 }
 
-[[nodiscard]] int ReadAnalysis(DataFile& in) {
-    return ReadFields(in, 5, "%d %d %e %d %e ", &model.analysisType, &model.problemView, &model.latentHeat,
-                      &model.useDoubleStore, &model.freezingPoint);
-}
+[[nodiscard]] int ReadAnalysis(DataFile& in) { return ReadRow(in, ScanAnalysisRow, model); }
 
 [[nodiscard]] int ReadConverge(DataFile& in) {
-    if (!ReadFields(in, 3, "%d %f %d", &model.maxIterations, &model.tolerance, &model.maxPhasePoints)) return 0;
+    if (!ReadRow(in, ScanConvergeRow, model)) return 0;
+    model.convergeLine = in.lineNumber;
     const std::scoped_lock lock(hmtxGraphMem);
     graphMemory.GraphLastIteration = model.maxIterations;
     return 1;
@@ -121,11 +123,10 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
 [[nodiscard]] int ReadTimeRows(DataFile& in, std::int32_t count) {
     model.stepCount = 0;
     if (!BeginTable(in, model.timeSteps, count, 3)) return 0;
+    model.firstStepLine = in.lineNumber + 1;
     for (std::int32_t i = 0; i < count; ++i) {
         TimeStepRec step{0, 0, 1};
-        if (!ReadFields(in, 2, "%*d %f %f %d", &step.increment, &step.elapsed, &step.saveFlag)) {
-            return 0;
-        }
+        if (!ReadRow(in, ScanTimeRow, step)) return 0;
         if (!AppendRecord(model.timeSteps, step)) return 0;
     }
     model.stepCount = count;
@@ -134,20 +135,16 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
 
 [[nodiscard]] int ReadTime(DataFile& in) {
     std::int32_t count = 0;
-    return ScanCount(in, count, unlimited, "%*s %i") && ReadTimeRows(in, count);
+    return TakeCount(in, count, unlimited, ScanTimeCountRow) && ReadTimeRows(in, count);
 }
 
 [[nodiscard]] int ReadMaterials(DataFile& in) {
     std::int32_t& count = model.materialCount;
-    if (!ScanCount(in, count, largestSmallTable)) return 0;
+    if (!TakeCount(in, count, largestSmallTable)) return 0;
     if (!MakeTable(model.materials, static_cast<std::size_t>(std::max(count, 1)))) return 0;
     for (std::int32_t number = 0; number != count;) {
         MaterialRec material{};
-        if (!ReadFields(in, 6, "%d %d %d %f %f %f", &number, &material.conductivityFunction,
-                        &material.waterContentFunction, &material.frozenHeatCapacity, &material.unfrozenHeatCapacity,
-                        &material.waterContent)) {
-            return 0;
-        }
+        if (!ReadRow(in, ScanMaterialRow, number, material)) return 0;
         if (!IsNumberWithin(number, count)) return BadLine(in);
         material.conductivityRatio = 1.0F;
         model.materials[IndexOf(number)] = material;
@@ -163,20 +160,18 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
     if (!BeginTable(in, points, count, 2)) return 0;
     for (std::int32_t i = 0; i < count; ++i) {
         FunctionPoint point{};
-        if (!ReadFields(in, 2, "%f %f", &point.x, &point.y)) return 0;
+        if (!ReadRow(in, ScanPointRow, point)) return 0;
         if (!AppendRecord(points, point)) return 0;
     }
     return 1;
 }
 
 [[nodiscard]] int ReadPropertyFunctions(DataFile& in, std::vector<PropertyFunction>& table, std::int32_t& count) {
-    if (!ScanCount(in, count, largestSmallTable)) return 0;
+    if (!TakeCount(in, count, largestSmallTable)) return 0;
     if (!MakeTable(table, static_cast<std::size_t>(std::max(count, 1)))) return 0;
     for (std::int32_t number = 0; number != count;) {
         PropertyFunction function;
-        if (!ReadFields(in, 4, "%d %d %f %f", &number, &function.pointCount, &function.smoothing, &function.weight)) {
-            return 0;
-        }
+        if (!ReadRow(in, ScanFunctionHeader, number, function)) return 0;
         if (!IsNumberWithin(number, count)) return BadLine(in);
         if (!ReadFunctionPoints(in, function.pointCount, function.points)) return 0;
         table[IndexOf(number)] = std::move(function);
@@ -198,14 +193,12 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
 
 [[nodiscard]] int ReadBFunctions(DataFile& in) {
     std::int32_t& count = model.bFunctionCount;
-    if (!ScanCount(in, count, largestSmallTable)) return 0;
+    if (!TakeCount(in, count, largestSmallTable)) return 0;
     if (!MakeTable(model.bFunctions, static_cast<std::size_t>(std::max(count, 1)))) return 0;
     for (std::int32_t number = 0; number != count;) {
         BoundaryFunction function;
-        if (!ReadFields(in, 6, "%d %d %d %d %f %f %d", &number, &function.pointCount, &function.xKind, &function.yKind,
-                        &function.smoothing, &function.weight, &function.repeat)) {
-            return 0;
-        }
+        if (!ReadRow(in, ScanFunctionHeader, number, function)) return 0;
+        function.line = in.lineNumber;
         if (!IsNumberWithin(number, count)) return BadLine(in);
         if (!ReadFunctionPoints(in, function.pointCount, function.points)) return 0;
         if (!function.points.empty()) function.period = function.points.back().x;
@@ -215,29 +208,24 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
 }
 
 [[nodiscard]] int ReadNodeRow(DataFile& in, std::int32_t place) {
-    NodeRec node{};
-    std::int32_t number = 0;
-    std::int32_t initialFlag = 0;
-    float initialTemperature = 0;
-    if (!ReadFields(in, 9, "%d %f %f %f %1d %2d %2d %1d %f", &number, &node.x, &node.y, &node.bcValue, &node.bcType,
-                    &node.bcFunction, &node.modifierFunction, &initialFlag, &initialTemperature)) {
-        return 0;
-    }
-    if (number != place) return ShowError(1133);
+    NodeRow row;
+    if (!ReadRow(in, ScanNodeRow, row)) return 0;
+    if (row.number != place) return ShowError(1133);
+    NodeRec& node = row.node;
     if (node.bcType == bcFree) {
         node.bcValue = 0;
         node.bcFunction = 0;
         node.modifierFunction = 0;
     }
     if (node.bcType > bcFree && node.bcFunction == 0) node.bcInput = node.bcValue;
-    const float start = initialFlag == 1 ? initialTemperature : model.freezingPoint;
+    const float start = row.initialFlag == 1 ? row.initialTemperature : model.freezingPoint;
     return AppendRecord(model.nodes, node) && AppendRecord(model.nodeStates, NodeState{start, start, 0});
 }
 
 [[nodiscard]] int ReadNodes(DataFile& in) {
     std::int32_t count = 0;
     model.nodeCount = 0;
-    if (!ScanCount(in, count)) return 0;
+    if (!TakeCount(in, count)) return 0;
     if (!BeginTable(in, model.nodes, count, 7) || !BeginTable(in, model.nodeStates, count, 7)) return 0;
     in.firstNodeLine = in.lineNumber + 1;
     for (std::int32_t place = 1; place <= count; ++place) {
@@ -250,12 +238,7 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
 [[nodiscard]] int ReadElementRow(DataFile& in, std::int32_t place) {
     ElementRec element{};
     std::int32_t number = 0;
-    std::int32_t* const n = element.nodes;
-    if (!ReadFields(in, 12, "%d%d%d%d%d%d%d%d%d%d%d%f%d%d", &number, &n[0], &n[1], &n[2], &n[3], &n[4], &n[5], &n[6],
-                    &n[7], &element.material, &element.integrationPoints, &element.thickness, &element.infiniteR,
-                    &element.infiniteS)) {
-        return 0;
-    }
+    if (!ReadRow(in, ScanElementRow, number, element)) return 0;
     if (number != place) return ShowError(1051);
     if (element.material < 1) return BadLine(in);
     return AppendRecord(model.elements, element);
@@ -272,7 +255,7 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
 [[nodiscard]] int ReadElements(DataFile& in) {
     std::int32_t count = 0;
     model.elementCount = 0;
-    if (!ScanCount(in, count)) return 0;
+    if (!TakeCount(in, count)) return 0;
     if (!BeginTable(in, model.elements, count, 12)) return 0;
     in.firstElementLine = in.lineNumber + 1;
     for (std::int32_t place = 1; place <= count; ++place) {
@@ -287,20 +270,20 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
     model.poleX = 0;
     model.poleY = 0;
     std::int32_t flag = 0;
-    if (!ScanLine(in, 1, "%*s %d", &flag)) return 0;
+    if (!Accept(in, ScanCountRow(in.line.View(), flag))) return 0;
     if (flag == 0) return 1;
-    return ReadFields(in, 0, "%f %f", &model.poleX, &model.poleY);  // a line of other text leaves the pole at 0
+    return ReadRow(in, ScanPoleRow, model);  // a line of other text leaves the pole at 0
 }
 
 [[nodiscard]] int ReadFluxSection(DataFile& in, std::int32_t count, std::int32_t& number) {
     FluxSection section;
-    if (!ReadFields(in, 2, "%d %d", &number, &section.lineCount)) return 0;
+    if (!ReadRow(in, ScanFluxHeader, number, section)) return 0;
     const bool believable = IsNumberWithin(number, count) && number <= in.file.Size() / 4;
     if (!believable || section.lineCount < 0) return BadLine(in);
     if (!BeginTable(in, section.lines, section.lineCount, 5)) return 0;
     for (std::int32_t i = 0; i < section.lineCount; ++i) {
         FluxLine line{};
-        if (!ReadFields(in, 4, "%*d %f %f %f %f", &line.x1, &line.y1, &line.x2, &line.y2)) return 0;
+        if (!ReadRow(in, ScanFluxRow, line)) return 0;
         if (!AppendRecord(section.lines, line)) return 0;
     }
     const std::size_t held = std::max(model.fluxSections.size(), static_cast<std::size_t>(number));
@@ -312,7 +295,7 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
 [[nodiscard]] int ReadFluxSections(DataFile& in) {
     std::int32_t count = 0;
     model.fluxSectionCount = 0;
-    if (!ScanCount(in, count)) return 0;
+    if (!TakeCount(in, count)) return 0;
     if (!MakeTable(model.fluxSections, 1)) return 0;
     for (std::int32_t number = 0; number != count;) {
         if (!ReadFluxSection(in, count, number)) return 0;
@@ -324,15 +307,12 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
 [[nodiscard]] int ReadQBoundaries(DataFile& in) {
     std::int32_t count = 0;
     model.qBoundaryCount = 0;
-    if (!ScanCount(in, count)) return 0;
+    if (!TakeCount(in, count)) return 0;
     if (!BeginTable(in, model.qBoundaries, count, 7)) return 0;
     in.firstEdgeLine = in.lineNumber + 1;
     for (std::int32_t i = 0; i < count; ++i) {
         QBoundaryRec edge{};
-        if (!ReadFields(in, 7, "%d %d %d %d %f %d %d", &edge.node1, &edge.node2, &edge.element, &edge.edgeKind, &edge.q,
-                        &edge.bFunction, &edge.modifier)) {
-            return 0;
-        }
+        if (!ReadRow(in, ScanEdgeRow, edge)) return 0;
         if (edge.node1 == 0 || edge.node2 == 0 || edge.element == 0) return BadLine(in);
         if (!AppendRecord(model.qBoundaries, edge)) return 0;
     }
@@ -340,20 +320,10 @@ bool IsNumberWithin(std::int32_t number, std::int32_t count) { return number >= 
     return EndTable(model.qBoundaries);
 }
 
-struct Section {
-    std::string_view keyword;
-    int (*Read)(DataFile& in);
-};
-
-constexpr Section lastSection{"qBOUNDARY", ReadQBoundaries};  // its end is the end of the read
-constexpr std::array sections{
-    Section{"TITLE", ReadTitle},          Section{"ANALYSIS", ReadAnalysis},
-    Section{"CONVERGE", ReadConverge},    Section{"TIME", ReadTime},
-    Section{"MATERIAL", ReadMaterials},   Section{"KFUNCTION", ReadKFunctions},
-    Section{"SFUNCTION", ReadSFunctions}, Section{"MFUNCTION", ReadMFunctions},
-    Section{"BFUNCTION", ReadBFunctions}, Section{"NODE", ReadNodes},
-    Section{"ELEMENT", ReadElements},     Section{"POLE", ReadPole},
-    Section{"FLUX", ReadFluxSections},    lastSection,
+// By Section.
+constexpr std::array<int (*)(DataFile& in), sectionCount> readers{
+    ReadTitle,      ReadAnalysis,   ReadConverge, ReadTime,     ReadMaterials, ReadKFunctions,   ReadSFunctions,
+    ReadMFunctions, ReadBFunctions, ReadNodes,    ReadElements, ReadPole,      ReadFluxSections, ReadQBoundaries,
 };
 
 [[nodiscard]] int ReadSections(DataFile& in) {
@@ -363,11 +333,10 @@ constexpr std::array sections{
         if (result < 0) return BadLine(in);
         ++in.lineNumber;
         TrimLeadingBlanks(in.line);
-        const auto starts = [&](const Section& section) { return in.line.View().starts_with(section.keyword); };
-        const auto* const section = std::ranges::find_if(sections, starts);
-        if (section == sections.end()) return BadLine(in);
-        if (!section->Read(in)) return 0;
-        if (section->keyword == lastSection.keyword) return 1;
+        const std::optional<Section> section = SectionOfLine(in.line.View());
+        if (!section) return BadLine(in);
+        if (!readers[static_cast<std::size_t>(*section)](in)) return 0;
+        if (section == Section::QBoundary) return 1;
     }
 }
 
@@ -446,7 +415,7 @@ template <class Record>
             if (!ReadAnalysis(in)) return 0;
         } else if (in.line.View().starts_with("TIME")) {
             std::int32_t count = 0;
-            if (!ScanCount(in, count) || !ReadTimeRows(in, count)) return 0;
+            if (!TakeCount(in, count) || !ReadTimeRows(in, count)) return 0;
             timeRead = true;
         } else if (timeRead) {
             return 1;
@@ -454,6 +423,13 @@ template <class Record>
             if (!ReadTitle(in)) return 0;  // a title may begin like a keyword
         }
     }
+}
+
+void WarnOfCutLines(const DataFile& in) {
+    if (in.cutLines == 0) return;
+    std::string text = "the line is longer than 94 characters, and what stands behind them is not read: shorten it";
+    if (in.cutLines > 1) text += FormatText(", and %d more behind it", in.cutLines - 1);
+    WarnOfLine(model.dataFileName, in.firstCutLine, text);
 }
 
 }  // namespace
@@ -465,6 +441,7 @@ int ReadDataFile() {
     model.baseName = model.dataFileName.substr(0, model.dataFileName.size() - extension);
     const int result = ReadFileInfo(in) && ReadSections(in) && CheckActive() && CheckReferences(in);
     model.useDoubleStore = 1;
+    WarnOfCutLines(in);
     ReadLine(in.file, clearbuf);
     return result;
 }

@@ -50,11 +50,18 @@ void Append(LineBuffer& line, std::string_view text) {
     if (text.ends_with('\r')) text.remove_suffix(1);
     const bool hasReturns = std::memchr(text.data(), '\r', text.size()) != nullptr;
     if (!hasReturns) {
-        line.length += text.copy(line.text.data() + line.length, lineBufferSize - 1 - line.length);
+        const std::size_t room = lineBufferSize - 1 - line.length;
+        line.length += text.copy(line.text.data() + line.length, room);
+        if (text.size() > room && text.find_first_not_of(' ', room) != std::string_view::npos) line.cut = true;
         return;
     }
     for (const char c : text) {
-        if (c != '\r' && line.length < lineBufferSize - 1) line.text[line.length++] = c;
+        if (c == '\r') continue;
+        if (line.length < lineBufferSize - 1) {
+            line.text[line.length++] = c;
+        } else if (c != ' ') {
+            line.cut = true;
+        }
     }
 }
 
@@ -73,6 +80,7 @@ void Append(LineBuffer& line, std::string_view text) {
 
 int ReadLine(File& file, LineBuffer& line) {
     line.length = 0;
+    line.cut = false;
     for (;;) {
         if (reader.readBlock.empty()) {
             const Filled filled = FillBlock(file);

@@ -18,6 +18,7 @@ inline constexpr std::size_t lineBufferSize = 95;
 struct LineBuffer {
     std::array<char, lineBufferSize> text{};
     std::size_t length = 0;
+    bool cut = false;  // the line goes on behind its 94 characters, and not with blanks alone
 
     [[nodiscard]] std::string_view View() const { return {text.data(), length}; }
 };

@@ -115,6 +115,7 @@ struct BoundaryFunction {
     float fixedArgument = 0;  // argument for nodes of type 6 and 7
     float smoothing = 0;
     float weight = 0;
+    std::int64_t line = 0;  // of its header in the data file
     std::vector<FunctionPoint> points;
 };
 
@@ -178,6 +179,8 @@ struct ProblemModel {
     std::int32_t maxPhasePoints = 0;  // points switched per direction and call at most
     float poleX = 0, poleY = 0;
     std::string titleLine[4];
+    std::int64_t convergeLine = 0;   // of the data file: the row of CONVERGE,
+    std::int64_t firstStepLine = 0;  // and the first of TIME
 
     // Counts.
     std::int32_t nodeCount = 0, elementCount = 0, materialCount = 0;

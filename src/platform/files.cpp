@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,6 +38,7 @@ File::~File() {
 bool File::Open(const std::string& path, int flags) {
     if (Rehearsed()) return false;
     if (descriptor_ >= 0) return Failed(EBUSY);
+    path_ = path;
     do {
         descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC, 0666);
     } while (descriptor_ < 0 && errno == EINTR);
@@ -107,6 +109,34 @@ bool File::Close() {
     return result == 0 || Failed(errno);
 }
 
+// Gives the system's error number, 0 for none.
+static int Lock(int descriptor) {
+    while (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EINTR) return errno;
+    }
+    return 0;
+}
+
+// A network file system may ask for the right to write before it locks; only there is the file opened so.
+FileLock::Result FileLock::Take(const std::string& path) {
+    if (descriptor_ >= 0) return Result::Held;
+    if (Rehearsed()) return Result::Impossible;
+    int error = 0;
+    for (const int access : {O_RDONLY, O_RDWR}) {
+        descriptor_ = ::open(path.c_str(), access | O_NONBLOCK | O_CLOEXEC);
+        if (descriptor_ < 0) break;
+        error = Lock(descriptor_);
+        if (error == 0) return Result::Held;
+        Release();
+        if (error != EBADF) break;
+    }
+    return error == EWOULDBLOCK ? Result::HeldElsewhere : Result::Impossible;
+}
+
+void FileLock::Release() {
+    if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
+}
+
 bool FileExists(const std::string& path) {
     if (Rehearsed()) return false;
     struct stat status {};
@@ -116,6 +146,14 @@ bool FileExists(const std::string& path) {
 bool DeleteFile(const std::string& path) {
     if (Rehearsed()) return false;
     return ::unlink(path.c_str()) == 0 || Failed(errno);
+}
+
+bool IsNewerThan(const std::string& path, const std::string& other) {
+    if (Rehearsed()) return false;
+    struct stat a {};
+    struct stat b {};
+    if (::stat(path.c_str(), &a) != 0 || ::stat(other.c_str(), &b) != 0) return false;
+    return std::pair(a.st_mtim.tv_sec, a.st_mtim.tv_nsec) > std::pair(b.st_mtim.tv_sec, b.st_mtim.tv_nsec);
 }
 
 bool CopyFile(const std::string& from, const std::string& to) {

@@ -34,6 +34,8 @@ public:
     // Gives the number of bytes written, fewer than asked for after a failure.
     [[nodiscard]] std::int64_t Write(std::string_view bytes);
     [[nodiscard]] bool Close();
+    // The path of the last opening.
+    [[nodiscard]] const std::string& Path() const { return path_; }
     // Length of the file in bytes as it was at OpenForReading.
     [[nodiscard]] std::int64_t Size() const { return size_; }
 
@@ -43,6 +45,29 @@ private:
 
     int descriptor_ = -1;
     std::int64_t size_ = 0;
+    std::string path_;
+};
+
+// An advisory lock on a file. It keeps nobody from reading or writing; it tells one process that another has it, and
+// vanishes with its holder, however that ends.
+//
+// It is flock: it needs no more than the right to read, unlike a write lock of fcntl, and it belongs to the open
+// descriptor, so that the file may be opened, read and closed again elsewhere in the process without losing it.
+class FileLock {
+public:
+    FileLock() = default;
+    ~FileLock() { Release(); }
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+    // Impossible: the file cannot be opened, or its file system knows no locks.
+    enum class Result { Held, HeldElsewhere, Impossible };
+    // Does not wait. A lock that is held already stays as it is.
+    [[nodiscard]] Result Take(const std::string& path);
+    void Release();
+
+private:
+    int descriptor_ = -1;
 };
 
 // Handed over in place of a line, ends a stream of the line reader or of the buffered writer. It is a type of its own,
@@ -52,6 +77,8 @@ inline constexpr ClearBuf clearbuf;
 
 [[nodiscard]] bool FileExists(const std::string& path);
 [[nodiscard]] bool DeleteFile(const std::string& path);
+// True if `path` was written to later than `other`; false where that cannot be told.
+[[nodiscard]] bool IsNewerThan(const std::string& path, const std::string& other);
 // Copies a file's bytes over `to`, in place of any older file.
 [[nodiscard]] bool CopyFile(const std::string& from, const std::string& to);
 // Names, without folder and in rising order, of the entries of `folder` that begin with `prefix`. None where it cannot

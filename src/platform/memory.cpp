@@ -9,6 +9,7 @@
 
 #include "platform/faults.h"
 #include "run/messages.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -60,6 +61,9 @@ void* TakeLargeMemory(std::size_t bytes) {
 
 void GiveLargeMemory(void* memory) { std::free(memory); }
 
-int ShowOutOfMemory() { return ShowError(1138); }
+int ShowOutOfMemory() {
+    NoteLackOfMemory();
+    return ShowError(1138);
+}
 
 }  // namespace kaldra

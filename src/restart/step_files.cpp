@@ -6,6 +6,7 @@
 #include "model/time_sequence.h"
 #include "platform/files.h"
 #include "platform/number_text.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -41,6 +42,21 @@ int CheckStepTime(const std::string& fileName, float elapsed) {
     const int read = ReadElapsed(file, found);
     ReadLine(file, clearbuf);
     return read && found == elapsed;
+}
+
+bool TimeSurvivesFile(float elapsed) {
+    float found = 0;
+    return ScanText(FormatText("%+12.4E", elapsed), "%f", &found).fields == 1 && found == elapsed;
+}
+
+void WarnOfLostTime(std::int32_t step) {
+    const float elapsed = ElapsedTime(step);
+    if (TimeSurvivesFile(elapsed)) return;
+    WarnOfLine(
+        model.dataFileName, model.firstStepLine + step - 1,
+        FormatText("the elapsed time %s of step %d needs more than the five digits of a result file, so its "
+                   "results look like those of another time sequence: give it five digits, and start from step 1",
+                   PlainNumber(elapsed), step));
 }
 
 std::int32_t LastConsistentStep(char letter) {

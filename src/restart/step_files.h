@@ -19,6 +19,12 @@ namespace kaldra {
 // Gives 1 equal, 0 different or not to be read, -1 where there is no file, which contradicts nothing.
 [[nodiscard]] int CheckStepTime(const std::string& fileName, float elapsed);
 
+// True for an elapsed time that five printed digits give back, as CheckStepTime asks for.
+[[nodiscard]] bool TimeSurvivesFile(float elapsed);
+
+// Warns of a step whose results no restart finds, as its elapsed time does not survive.
+void WarnOfLostTime(std::int32_t step);
+
 // The last step that the result files on disk do not contradict: the one before the first whose time differs.
 [[nodiscard]] std::int32_t LastConsistentStep(char letter);
 

@@ -7,6 +7,7 @@
 #include "platform/number_text.h"
 #include "results/result_file.h"
 #include "run/run_state.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -21,14 +22,15 @@ static bool WriteInitialRows(File& file) {
 }
 
 // The initial set's file with the letter in place of the first letter of the extension, if there is one, becomes
-// baseName.?in. A copy that fails is not missed: nothing here reads it.
+// baseName.?in. The run goes on after a copy that fails: nothing here reads it.
 [[nodiscard]] static int CopyCompanion(char letter) {
     std::string source = runState.initialTemperatureFile;
     std::int32_t dotPosition = 0;
     std::int32_t length = 0;
     if (!FindExtension(source, dotPosition, length)) return 0;
     if (dotPosition < length) source[static_cast<std::size_t>(dotPosition)] = letter;
-    if (FileExists(source)) (void)CopyFile(source, model.baseName + '.' + letter + "in");
+    const std::string copy = model.baseName + '.' + letter + "in";
+    if (FileExists(source) && !CopyFile(source, copy)) WarnOfBrokenFile(copy);
     (void)TakeLastSystemError();
     return 1;
 }

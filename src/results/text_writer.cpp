@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/memory.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -30,16 +31,20 @@ void ReleaseBuffers() {
     writer.writerReady = false;
 }
 
-[[nodiscard]] bool MakeBuffers() {
+[[nodiscard]] bool MakeBuffers(const File& file) {
     if (writer.writerReady) return true;
-    if (!MakeTable(writer.writeBuffer, bufferSize)) return false;
+    if (!MakeTable(writer.writeBuffer, bufferSize)) {
+        WarnOfBrokenFile(file.Path());
+        return false;
+    }
     writer.gathered = 0;
     writer.writerReady = true;
     return true;
 }
 
-int FailWriting() {
+int FailWriting(const File& file) {
     ReleaseBuffers();
+    WarnOfBrokenFile(file.Path());
     ShowError(1192);
     return -1;
 }
@@ -62,37 +67,35 @@ void Gather(std::string_view text) {
 }  // namespace
 
 int WriteBuffered(File& file, std::string_view text) {
-    if (!MakeBuffers()) return -1;
-    if (writer.gathered + text.size() >= gatheredBelow && !Flush(file)) return FailWriting();
+    if (!MakeBuffers(file)) return -1;
+    if (writer.gathered + text.size() >= gatheredBelow && !Flush(file)) return FailWriting(file);
     if (text.size() < gatheredBelow) {
         Gather(text);
         Gather(lineEnd);
         return 1;
     }
-    return WriteWhole(file, text) && WriteWhole(file, lineEnd) ? 1 : FailWriting();
+    return WriteWhole(file, text) && WriteWhole(file, lineEnd) ? 1 : FailWriting(file);
 }
 
 // Lines join the block up to the last one whose text ends before gatheredBelow.
 int WriteBufferedLines(File& file, std::string_view lines) {
-    if (!MakeBuffers()) return -1;
+    if (!MakeBuffers(file)) return -1;
     while (!lines.empty()) {
         const std::size_t room = gatheredBelow + 1 - std::min(writer.gathered, gatheredBelow + 1);
         const std::size_t joining = lines.substr(0, room).rfind('\n') + 1;  // npos + 1 is 0: none
         Gather(lines.substr(0, joining));
         lines.remove_prefix(joining);
         assert(joining > 0 || writer.gathered > 0);
-        if (!lines.empty() && !Flush(file)) return FailWriting();
+        if (!lines.empty() && !Flush(file)) return FailWriting(file);
     }
     return 1;
 }
 
 int WriteBuffered(File& file, ClearBuf) {
-    if (!MakeBuffers()) return -1;
-    const bool flushed = Flush(file);
+    if (!MakeBuffers(file)) return -1;
+    if (!Flush(file)) return FailWriting(file);
     ReleaseBuffers();
-    if (flushed) return 1;
-    ShowError(1192);
-    return -1;
+    return 1;
 }
 
 }  // namespace kaldra

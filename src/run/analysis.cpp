@@ -3,20 +3,24 @@
 #include <system_error>
 #include <thread>
 
+#include "model/boundary_range.h"
 #include "model/data_file.h"
 #include "model/function_setup.h"
 #include "model/problem_model.h"
 #include "platform/files.h"
 #include "platform/memory.h"
+#include "platform/number_text.h"
 #include "restart/initial_conditions.h"
 #include "restart/step_files.h"
 #include "results/initial_results.h"
 #include "results/old_output.h"
 #include "run/front_end.h"
 #include "run/messages.h"
+#include "run/run_lock.h"
 #include "run/run_state.h"
 #include "run/steady_state.h"
 #include "run/transient.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -60,10 +64,17 @@ int MakePointTables() {
     }
 }
 
+static void WarnOfBoundaryRanges() {
+    for (const OutsideRange& outside : BoundaryFunctionsOutside(runState.startStep)) {
+        WarnOfLine(model.dataFileName, model.bFunctions[IndexOf(outside.function)].line, OutsideRangeText(outside));
+    }
+}
+
 // Results on disk from another time sequence cannot be built on.
 [[nodiscard]] static int CheckTimeSequence() {
     const std::int32_t last = LastConsistentStep('t');
     if (last >= runState.startStep - 1) return 1;
+    WarnOfLostTime(last + 1);
     if (last < 1) {
         ShowComposedMessage(1301, 1, 1303, 0, 0, boxExclamation);
     } else {
@@ -73,12 +84,15 @@ int MakePointTables() {
 }
 
 int StartAnalysis() {
+    if (!HoldRunLock()) return 0;
+    ClearWarnings();
     frontEnd.ShowRunIcon(true);
     (void)FreeModel();
     InitModel(1);
     if (!ReadDataFile() || !CheckTimeSequence()) return 0;
     if (!MakePointTables() || !ReadInitialConditions()) return 0;
     if (!SetupFunctions()) return 0;
+    WarnOfBoundaryRanges();
     frontEnd.ClearStatus();
     runState.haltRequested = 0;
     runState.unconvergedSteps = 0;
@@ -97,13 +111,32 @@ int StartAnalysis() {
 // The marker is for other programs: whether it can be made or deleted changes nothing here.
 static void CreateLockFile() {
     File marker;
-    if (marker.Create(runState.lockFilePath)) (void)marker.Close();
+    if (!marker.Create(runState.lockFilePath) || !marker.Close()) {
+        AddWarning(runState.lockFilePath + " could not be made, so other programs do not see that a run is under way");
+    }
     (void)TakeLastSystemError();
 }
 
 static void DeleteLockFile() {
-    (void)DeleteFile(runState.lockFilePath);
+    if (!DeleteFile(runState.lockFilePath)) {
+        AddWarning(runState.lockFilePath + " could not be deleted and tells other programs of a run: delete it");
+    }
     (void)TakeLastSystemError();
+}
+
+static void WarnOfUnconvergedSteps() {
+    if (runState.unconvergedSteps == 0) return;
+    const std::string limit = FormatText("maxIterations (%d) without converging", model.maxIterations);
+    if (model.analysisType == steadyState) {
+        return WarnOfLine(
+            model.dataFileName, model.convergeLine,
+            "the iteration ended at " + limit + ": raise maxIterations, or the tolerance if the norm does not settle");
+    }
+    WarnOfLine(model.dataFileName, model.convergeLine,
+               FormatText("%d of %d steps ended at %s, the first of them step %d: raise maxIterations, or take shorter "
+                          "steps there",
+                          runState.unconvergedSteps, model.stepCount - runState.startStep + 1, limit,
+                          runState.firstUnconvergedStep));
 }
 
 int CalcThreadProc() {
@@ -114,6 +147,7 @@ int CalcThreadProc() {
     if (model.analysisType == steadyState) result = RunSteadyState();
     if (model.analysisType == transient) result = RunTransient();
     DeleteLockFile();
+    if (result == 1) WarnOfUnconvergedSteps();
     frontEnd.RunFinished(result);
     return result;
 }
@@ -133,6 +167,7 @@ void HandleCalcThreadMsg(int first, int) {
 void EndRun() {
     runState.running = 0;
     runState.fileOpen = 1;
+    ReleaseRunLock();
     frontEnd.UpdateMenuState();
     frontEnd.UpdateButtonState();
     frontEnd.ShowRunIcon(false);

@@ -11,8 +11,8 @@ namespace kaldra {
 // First parameter of HandleCalcThreadMsg.
 inline constexpr int runFinishedMessage = 100;
 
-// Reads the data file anew, prepares every table and starts the calculation thread. Gives 1 when the thread runs, else
-// 0 after a message; the front end then calls EndRun.
+// Locks the data file until EndRun, reads it anew, prepares every table and starts the calculation thread. Gives 1 when
+// the thread runs, else 0 after a message (5001: another run holds the lock); the front end then calls EndRun.
 [[nodiscard]] int StartAnalysis();
 
 // What the calculation thread runs: the lock marker, the analysis loop, and RunFinished as the last act. Gives the

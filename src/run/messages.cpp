@@ -135,6 +135,9 @@ constexpr std::array strings{
     NumberedString{4032,
                    "This initial conditions file contains results for an incorrect elapsed time.\nSelect a different "
                    "initial conditions file or re-analyze your problem."},
+    NumberedString{5001,
+                   "Another run on this data file is under way.\nWait for its end or stop it, or start on a copy of "
+                   "the file in another folder."},
 };
 
 constexpr bool ByNumber(const NumberedString& a, const NumberedString& b) { return a.number < b.number; }

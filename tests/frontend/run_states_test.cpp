@@ -6,6 +6,7 @@
 #include "frontend/commands.h"
 #include "frontend/graph.h"
 #include "frontend/panel.h"
+#include "platform/files.h"
 #include "run/analysis.h"
 #include "run/run_state.h"
 #include "support/chart_operations.h"
@@ -124,6 +125,22 @@ TEST_F(RunStates, TheLiveCurveGrows) {
     HandleCalcThreadMsg(runFinishedMessage, recorder.result);
     CloseGraph();
     EXPECT_TRUE(IsCommandEnabled(commandGraph));
+}
+
+// The data file is locked from Start to "Done.", and a run that another one keeps from starting changes nothing.
+TEST_F(RunStates, OneRunAtATimeWorksOnADataFile) {
+    ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", Column().Text())), 1);
+    FileLock other;
+    ASSERT_EQ(other.Take(Path("case.kdr")), FileLock::Result::Held);
+    EXPECT_EQ(Start(), 0);
+    EXPECT_EQ(TakeMessages(), std::vector<int>{5001});
+    EXPECT_FALSE(HasFile("case.cnp") || RunUnderWay());
+    other.Release();
+    StartAndHold();
+    EXPECT_EQ(other.Take(Path("case.kdr")), FileLock::Result::HeldElsewhere);
+    Release();
+    HandleCalcThreadMsg(runFinishedMessage, 1);
+    EXPECT_EQ(other.Take(Path("case.kdr")), FileLock::Result::Held);
 }
 
 }  // namespace

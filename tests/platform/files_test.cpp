@@ -36,6 +36,28 @@ TEST_F(Files, KeepBytesAndTellWhatFailed) {
     EXPECT_TRUE(DeleteFile(Path("a*[?")) && !HasFile("a*[?"));
 }
 
+// The lock tells its holders apart even within one process, and reading the file elsewhere does not lose it.
+TEST_F(Files, LocksAreHeldOnceAndVanish) {
+    using Result = FileLock::Result;
+    const std::string path = WriteFile("case.kdr", "text");
+    ASSERT_EQ(chmod(path.c_str(), 0444), 0);
+    {
+        FileLock first;
+        FileLock second;
+        ASSERT_EQ(first.Take(path), Result::Held);
+        File file;
+        EXPECT_TRUE(file.OpenForReading(path) && file.Close());
+        EXPECT_EQ(second.Take(path), Result::HeldElsewhere);
+        EXPECT_EQ(first.Take(path), Result::Held);
+        first.Release();
+        EXPECT_EQ(second.Take(path), Result::Held);
+    }
+    FileLock third;
+    EXPECT_EQ(third.Take(path), Result::Held);
+    FileLock none;
+    EXPECT_EQ(none.Take(Path("none")), Result::Impossible);
+}
+
 TEST_F(Files, FaultsStrikeOnceOrFromThenOn) {
     const auto strikes = [](std::int64_t first, bool onlyOnce) {
         ArmFault(FaultSeam::FileCall, first, onlyOnce);

@@ -3,11 +3,13 @@
 #include "platform/faults.h"
 
 #include <filesystem>
+#include <map>
 #include <set>
 
 #include "frontend/commands.h"
 #include "run/analysis.h"
 #include "run/messages.h"
+#include "run/warnings.h"
 #include "support/kaldra_test.h"
 
 namespace kaldra {
@@ -21,8 +23,19 @@ protected:
         Problem small = Column();
         small.K = {FunctionRows(1, {"-50 2", "0 2.1", "20 2.2", "50 2.1"}, "1 0.5")};
         small.edges = {"5 6 4 0 1 0 0"};
+        small.flux = {"1 1\n1 -1 0.5 2 0.5"};
         small.converge = "3 0.01 0";
         return small;
+    }
+    using Contents = std::map<std::string, std::string>;
+
+    [[nodiscard]] Contents ResultFiles() const {
+        Contents files;
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            const std::string name = entry.path().filename().string();
+            if (name != "case.lkp") files[name] = ReadFile(name);
+        }
+        return files;
     }
     // Runs with the n-th call failing for every n up to the last, and gives the messages of each run.
     std::vector<Numbers> RehearseAll(FaultSeam seam, bool onlyOnce) {
@@ -32,6 +45,7 @@ protected:
             for (const auto& entry : std::filesystem::directory_iterator(folder)) {
                 if (entry.path() != path) std::filesystem::remove(entry.path());
             }
+            ClearWarnings();
             ArmFault(seam, n, onlyOnce);
             const bool opened = OpenDataFile(path) == 1;
             const Outcome run = opened ? RunOpened() : Outcome{};
@@ -41,15 +55,23 @@ protected:
             all.push_back(TakeMessages());
             EXPECT_TRUE(run.result == 1 || !all.back().empty()) << "call " << n << " fails without a word";
             EXPECT_TRUE(run.result == 0 || HasFile("case.t00")) << n;
-            if (HasFile("case.lkp")) ++markersLeft;
+            if (run.result == 1 && ResultsAreWhole()) believed[n] = ResultFiles();
+            if (HasFile("case.lkp")) {
+                ++markersLeft;
+                EXPECT_THAT(TakeWarnings(), testing::Contains(testing::HasSubstr("case.lkp could not be deleted")));
+            }
             if (!struck) {
                 EXPECT_EQ(run.result, 1);
                 EXPECT_TRUE(all.back().empty());
+                for (const auto& [call, files] : believed) {
+                    EXPECT_TRUE(files == believed.rbegin()->second) << "call " << call << " changed the results";
+                }
                 return all;
             }
         }
     }
     int markersLeft = 0;
+    std::map<std::int64_t, Contents> believed;  // of the runs that finished and called their files whole
 };
 
 TEST_F(Rehearsal, FileCallsFailInTurn) {

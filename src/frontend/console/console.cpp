@@ -20,6 +20,7 @@
 #include "platform/number_text.h"
 #include "run/front_end.h"
 #include "run/run_state.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -74,6 +75,7 @@ void PrintStatus(std::string_view text) {
     if (console.quiet) return;
     EraseProgress();
     Print(stdout, std::string(text) + '\n');
+    if (std::ferror(stdout) != 0) AddWarning("some status lines are lost: standard output could not be written");
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -112,22 +114,10 @@ void ShowMessage(const MessageBox& box) {
     DrawProgress();
 }
 
-std::string UnconvergedWarning() {
-    if (runState.unconvergedSteps == 0) return {};
-    if (model.analysisType == steadyState) {
-        return FormatText("warning: the iteration ended at maxIterations (%d) without converging", model.maxIterations);
-    }
-    return FormatText(
-        "warning: %d of %d steps ended at maxIterations (%d) without converging, the first of them step %d",
-        runState.unconvergedSteps, model.stepCount - runState.startStep + 1, model.maxIterations,
-        runState.firstUnconvergedStep);
-}
-
 void RunFinished(int result) {
     {
         const std::scoped_lock lock(console.lock);
         console.outcome.result = result;
-        if (result == 1) console.outcome.warning = UnconvergedWarning();
     }
     PostEvent(ConsoleEvent::RunFinished);
 }
@@ -199,12 +189,25 @@ void Report(const std::string& line) {
     PrintStatus(line);
 }
 
-void Warn(const std::string& line) {
+static void PrintOnStderr(const std::string& line) {
     const std::scoped_lock lock(console.lock);
     EraseProgress();
     Print(stderr, line + '\n');
+    DrawProgress();
 }
 
-void Complain(const std::string& sentence) { Warn("kaldra-run: " + sentence); }
+void PrintLine(const std::string& line) {
+    const std::scoped_lock lock(console.lock);
+    Print(stdout, line + '\n');
+}
+
+void PrintWarnings() {
+    for (const std::string& text : TakeWarnings()) {
+        PrintOnStderr("warning: " + text);
+        ++console.outcome.warnings;
+    }
+}
+
+void Complain(const std::string& sentence) { PrintOnStderr("kaldra-run: " + sentence); }
 
 }  // namespace kaldra

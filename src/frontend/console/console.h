@@ -9,9 +9,9 @@ namespace kaldra {
 
 // What a run left for the exit status.
 struct ConsoleOutcome {
-    int result = 0;       // of the analysis loop
-    int messages = 0;     // shown so far
-    std::string warning;  // a run that finished, but not as one would wish
+    int result = 0;    // of the analysis loop
+    int messages = 0;  // shown so far
+    int warnings = 0;  // printed so far
 };
 
 // Fills in frontEnd. `quiet`: no status lines.
@@ -33,8 +33,11 @@ void ClearProgressLine();
 // Prints a line of the program's own on stdout, unless it is to be quiet.
 void Report(const std::string& line);
 
-// Prints a line on stderr as it stands.
-void Warn(const std::string& line);
+// Prints a line on stdout, also where status lines are left out.
+void PrintLine(const std::string& line);
+
+// Prints the engine's warnings since the last call on stderr, "warning: " before each.
+void PrintWarnings();
 
 // Prints a sentence of the program's own on stderr.
 void Complain(const std::string& sentence);

@@ -10,6 +10,7 @@
 #include <map>
 #include <string>
 
+#include "check/check.h"
 #include "frontend/commands.h"
 #include "frontend/console/console.h"
 #include "model/file_names.h"
@@ -17,17 +18,27 @@
 #include "platform/files.h"
 #include "platform/number_text.h"
 #include "platform/parallel.h"
+#include "restart/resume.h"
 #include "run/analysis.h"
 #include "run/front_end.h"
 #include "run/messages.h"
+#include "run/run_lock.h"
 #include "run/run_state.h"
+#include "run/warnings.h"
 #include "solver/solution.h"
 
 namespace {
 
 using namespace kaldra;
 
-enum ExitStatus : int { exitDone = 0, exitFailed = 1, exitUsage = 2, exitDoubtful = 4, exitSignal = 128 };
+enum ExitStatus : int {
+    exitDone = 0,
+    exitFailed = 1,
+    exitUsage = 2,
+    exitCannotStart = 3,
+    exitDoubtful = 4,
+    exitSignal = 128
+};
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Signals
@@ -59,6 +70,7 @@ void CatchSignals() {
     Catch(SIGTERM, OnStopSignal);
     Catch(SIGUSR1, OnHaltSignal);
     Catch(SIGPIPE, SIG_IGN);  // a reader that goes away must not end the analysis
+    Catch(SIGXFSZ, SIG_IGN);  // a file beyond the size limit is a failed write like any other
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -68,6 +80,8 @@ struct Options {
     std::string file;
     std::int32_t startStep = 0;  // 0: not given
     std::string initialFile;     // empty: not given
+    bool check = false;
+    bool resume = false;
     Solver solver = Solver::Automatic;
     int threads = 0;  // 0: not given
     bool quiet = false;
@@ -96,7 +110,7 @@ bool IsNameOfOutput(std::string_view name) {
     return rest == "in" || rest.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-bool OpenAsCommanded(const std::string& path) {
+bool NamesADataFile(const std::string& path) {
     const std::string name = path.substr(FileNameOffset(path));
     std::int32_t dotPosition = 0;
     std::int32_t length = 0;
@@ -106,7 +120,27 @@ bool OpenAsCommanded(const std::string& path) {
         Complain("a run writes and deletes files of this name, so it cannot be a data file: " + path);
         return false;
     }
-    return OpenDataFile(path) == 1;
+    return true;
+}
+
+// Prints what is wrong or doubtful in the file, as FILE:LINE: KIND: SENTENCE, and a summary.
+int Check(const Options& options) {
+    const std::string path = AbsolutePath(options.file);
+    if (path.empty() || !NamesADataFile(path)) return exitCannotStart;
+    const Findings findings = CheckDataFile(path);
+    std::int64_t errors = 0;
+    for (const Finding& finding : findings.list) {
+        const bool isError = finding.severity == Severity::Error;
+        if (isError) ++errors;
+        const std::string place = finding.line == 0 ? "" : FormatText("%d:", finding.line);
+        PrintLine(FormatText("%s:%s %s: %s", options.file, place, isError ? "error" : "warning", finding.text));
+    }
+    const std::int64_t doubts = static_cast<std::int64_t>(findings.list.size()) - errors;
+    if (!options.quiet) {
+        PrintLine(FormatText("%s: an analysis %s start: %s, %s", options.file, errors > 0 ? "cannot" : "can",
+                             Counted(errors, "error"), Counted(doubts, "warning")));
+    }
+    return errors > 0 ? exitCannotStart : exitDone;
 }
 
 // The start that the options ask for. Gives the exit status of a refusal, exitDone for none.
@@ -126,6 +160,26 @@ int PrepareStart(const Options& options) {
     if (options.initialFile.empty()) return exitDone;
     const std::string path = AbsolutePath(options.initialFile);
     return !path.empty() && ChooseInitialConditions(path) ? exitDone : exitFailed;
+}
+
+// What --resume makes of the results on disk: the next start goes on behind them. Gives false where nothing is left to
+// do; `refused` is then the exit status.
+bool PrepareResume(const Options& options, int& refused) {
+    refused = HoldRunLock() ? exitDone : exitFailed;  // a run under way is still writing them
+    if (refused != exitDone) return false;
+    const ResumePoint point = FindResumePoint(options.startStep);
+    std::string sentence = "nothing to resume: a plain start";
+    if (point.whole) {
+        sentence = "the results are whole: nothing is left to do";
+        (void)DeleteFile(runState.lockFilePath);  // of a run that was killed behind its last file
+    } else if (point.lastStep > 0) {
+        ChooseStartTime(point.lastStep + 1);
+        sentence = FormatText("resuming at step %d, behind the results of step %d", point.lastStep + 1, point.lastStep);
+    } else {
+        refused = PrepareStart(options);
+    }
+    if (!options.quiet && refused == exitDone) PrintLine(options.file + ": " + sentence);
+    return !point.whole && refused == exitDone;
 }
 
 // A Stop that came while the start was still preparing is kept until the run shows itself.
@@ -166,20 +220,36 @@ void ShowSummary(Clock::time_point begun) {
 int Run(const Options& options) {
     const Clock::time_point begun = Clock::now();
     const std::string path = AbsolutePath(options.file);
-    if (path.empty() || !OpenAsCommanded(path)) return exitFailed;
+    if (path.empty() || !NamesADataFile(path) || !OpenDataFile(path)) {
+        PrintWarnings();
+        return exitFailed;
+    }
     const std::int32_t kind = model.analysisType;
-    const int refused = PrepareStart(options);
+    int refused = exitDone;
+    if (options.resume) {
+        const bool goesOn = PrepareResume(options, refused);
+        PrintWarnings();
+        if (!goesOn) return refused;
+    } else {
+        refused = PrepareStart(options);
+    }
     if (refused != exitDone) return refused;
-    if (!Start()) return exitFailed;
+    const bool started = Start() == 1;
+    PrintWarnings();
+    if (!started) return exitFailed;
     const int messagesOfStart = OutcomeOfRun().messages;
     runExists = true;
     WaitForEnd();
+    PrintWarnings();
 
     const ConsoleOutcome outcome = OutcomeOfRun();
     if (outcome.result == 1) {
         ShowSummary(begun);
-        if (!outcome.warning.empty()) Warn(outcome.warning);
-        const bool doubtful = !outcome.warning.empty() || outcome.messages > 0;
+        if (!ResultsAreWhole()) {
+            Complain("the analysis came to its end, but its results are not whole");
+            return exitFailed;
+        }
+        const bool doubtful = outcome.warnings > 0 || outcome.messages > 0;
         return options.strict && doubtful ? exitDoubtful : exitDone;
     }
     if (kind != steadyState && kind != transient) {
@@ -201,6 +271,12 @@ int main(int argc, char** argv) {
     CLI::Option* const initial =
         app.add_option("--initial", options.initialFile, "begin from the temperatures of a result file")
             ->option_text("FILE");
+    CLI::Option* const resume =
+        app.add_flag("--resume", options.resume, "go on behind the last results that an interrupted run left whole")
+            ->option_text(" ");
+    app.add_flag("--check", options.check, "list what is wrong or doubtful in the file, and run nothing")
+        ->option_text(" ")
+        ->excludes(startStep, initial, resume);
     app.add_option("--solver", options.solver, "how to solve the systems (default: the better one)")
         ->option_text("skyline|sparse")
         ->transform(CLI::CheckedTransformer(
@@ -209,12 +285,13 @@ int main(int argc, char** argv) {
         ->option_text("N")
         ->check(CLI::Range(1, 64));
     app.add_flag("-q,--quiet", options.quiet, "no status lines");
-    app.add_flag("--strict", options.strict, "exit 4 when an iteration did not converge or a message was shown");
+    app.add_flag("--strict", options.strict, "exit 4 when a message or a warning was shown");
     app.set_version_flag("--version", "kaldra-run " KALDRA_VERSION);
     app.footer(
         "Status lines go to stdout, messages to stderr; the results are written beside the data file.\n"
         "SIGINT and SIGTERM stop the run, SIGUSR1 ends the iteration of the step under way.\n"
-        "Exit status: 0 finished, 1 failed, 2 wrong usage, 4 doubtful with --strict, 128 + n stopped by signal n.");
+        "Exit status: 0 finished, 1 failed, 2 wrong usage, 3 with --check: cannot start, 4 doubtful with --strict, 128 "
+        "+ n stopped by signal n.");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -236,5 +313,5 @@ int main(int argc, char** argv) {
     WishSolver(options.solver);
     InitModel(0);
     InitModel(1);
-    return Run(options);
+    return options.check ? Check(options) : Run(options);
 }

@@ -4,6 +4,7 @@
 #     console_test.sh PROGRAM CASE
 set -u
 program=$1
+examples=$(cd "$(dirname "$0")/../../../examples" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
@@ -37,13 +38,22 @@ readonly good=$'Solving...\n    0\t1\t1.500000E+001\n    0\t2\t1.500000E+001\t0.
 finishes() {
     problem 9 0.01 >a.kdr
     run 0 a.kdr
+    closing=$(tail -n 1 out)
+    sed -i '$d' out
     is out "$good"
+    [[ $closing =~ ^Solved\ by\ the\ skyline\ solver\ on\ .*\ in\ .*\ s\.$ ]] || fail "closing line: $closing"
     is err ""
     there a.cnp
     there a.t00
     gone a.lkp
     run 0 --quiet "$PWD/a.kdr"
     is out ""
+    cp a.t00 skyline.t00
+    run 0 --solver sparse --threads 1 a.kdr
+    [[ $(tail -n 1 out) == "Solved by the sparse solver on 1 thread in "* ]] || fail "closing line: $(tail -n 1 out)"
+    cmp a.t00 skyline.t00 || fail "the solvers differ"
+    run 2 --solver best a.kdr
+    run 2 --threads 0 a.kdr
 }
 
 fails() {
@@ -118,7 +128,7 @@ refuses_a_long_path() {
 warns_and_is_strict() {
     problem 1 0.01 >a.kdr
     run 0 a.kdr
-    is err "warning: the iteration ended at maxIterations (1) without converging"
+    has err "warning: $PWD/a.kdr:11: the iteration ended at maxIterations (1) without converging: raise maxIterations"
     there a.t00
     run 4 --strict a.kdr
     problem 9 0.01 >b.kdr
@@ -129,12 +139,55 @@ warns_and_is_strict() {
     run 4 --strict c.kdr
 }
 
+checks_without_a_run() {
+    problem 9 0.01 >a.kdr
+    run 0 --check a.kdr
+    is out "a.kdr: an analysis can start: 0 errors, 0 warnings"
+    is err ""
+    problem 1 0.01 | sed 's/^2 1 0 -1 1/2 1 0 -1 2/; s/^2 6 5.*/2 6 5 3/; s/^POLE.*/POLES/' >bad.kdr
+    run 3 --check -q bad.kdr
+    is out "bad.kdr:11: warning: maxIterations is 1, and 2 is the least in which anything can converge
+bad.kdr:34: error: field 5 of this row of ELEMENT is missing, or no number that can be taken: 2 6 5 3
+bad.kdr:35: error: field 1 of this row of POLE is missing, or no number that can be taken: POLES"
+    run 3 --check none.kdr
+    run 2 --check --start-step 2 a.kdr
+    [ "$(ls)" = "$(printf '%s\n' a.kdr bad.kdr err out)" ] || fail "a check leaves files: $(ls)"
+}
+
+# A run whose files are not whole says so by its exit status, whichever file it is and whatever the engine makes of it.
+tells_of_broken_files() {
+    local file status
+    problem 9 0.01 | sed 's/^FLUX 0/FLUX 20/' >a.kdr
+    for n in {1..20}; do printf '%s\n' "$n 1" "1 -1 0.5 2 0.5"; done >sections
+    sed -i '/^FLUX/r sections' a.kdr
+    for file in j00 cnp t00 g00 r00; do
+        ln -sf /dev/full "a.$file"
+        run 1 a.kdr
+        has err "error 1192: Cannot write to disk."
+        has err "warning: $PWD/a.$file was not written whole and must not be used"
+        rm "a.$file"
+    done
+    run 0 --strict a.kdr
+    rm a.t00
+    mkdir a.t00
+    run 1 a.kdr
+    has err "error 1021: "
+    rmdir a.t00
+    (ulimit -f 0 && exec "$program" -q a.kdr 2>&1 </dev/null) | cat >limited
+    status=${PIPESTATUS[0]}
+    [ "$status" = 1 ] || fail "exit $status beyond the file size limit"
+    has limited "warning: $PWD/a.cnp was not written whole"
+    "$program" a.kdr >/dev/full 2>err || fail "status lines that nobody takes fail the run"
+    is err "warning: some status lines are lost: standard output could not be written"
+}
+
 # starts PROBLEM-ARGUMENTS: an endless run in the background, past its first iteration; its id is in $pid.
 starts() {
     problem 1000000 0 >a.kdr
+    rm -f out err # of the run before
     "$program" a.kdr >out 2>err </dev/null &
     pid=$!
-    until grep -q $'^    0\t2\t' out; do sleep 0.02; done
+    until grep -qs $'^    0\t2\t' out; do sleep 0.02; done
     there a.lkp
 }
 
@@ -175,6 +228,67 @@ ends_by_the_second_signal() {
     wait "$pid" || status=$?
     exec 3>&-
     [ "$status" = 143 ] || fail "exit $status"
+}
+
+# kill_and_resume EXAMPLE: kills a run and what resumes it at random moments until one comes through, and compares.
+kill_and_resume() {
+    local name=$1 begin length round delay status
+    mkdir whole work
+    cp "$examples/$name/$name.kdr" whole
+    cp -p "whole/$name.kdr" work
+    begin=$(date +%s%N)
+    run 0 --quiet "whole/$name.kdr"
+    length=$((($(date +%s%N) - begin) / 1000))
+    run 0 --resume "whole/$name.kdr"
+    is out "whole/$name.kdr: the results are whole: nothing is left to do"
+    for round in 1 2 3 4 5; do
+        delay=$((length * (RANDOM % 45 + 5) / 100))
+        "$program" --resume --quiet "work/$name.kdr" >out 2>err </dev/null &
+        pid=$!
+        sleep "$((delay / 1000000)).$(printf %06d $((delay % 1000000)))"
+        kill -KILL "$pid" 2>/dev/null
+        status=0
+        wait "$pid" 2>/dev/null || status=$?
+        [ "$status" = 137 ] || [ "$status" = 0 ] || fail "exit $status of a killed run: $(cat err)"
+        rm -rf again
+        cp -rp work again
+    done
+    run 0 --resume "work/$name.kdr"
+    run 0 --resume "again/$name.kdr"
+    for file in again/*; do cmp "$file" "work/${file#*/}" || fail "two resumed runs differ, killed after $delay us"; done
+    for file in "whole/$name".[tgrj]*; do
+        [ "$(wc -l <"$file")" = "$(wc -l <"work/${file#*/}")" ] || fail "work/${file#*/} is not whole"
+    done
+    for file in "whole/$name".t[0-9]*; do close_to "$file" "work/${file#*/}"; done
+    gone "work/$name.lkp"
+}
+
+# The criterion of convergence, 0.1 per cent in these examples, for the difference of two temperature files.
+close_to() {
+    awk 'FNR > 8 { if (NR == FNR) { t[FNR] = $2; sum += $2 * $2 } else { d = $2 - t[FNR]; error += d * d } }
+         END { exit !(sum > 0 && sqrt(error) < 0.001 * (sqrt(sum) + 1)) }' "$1" "$2" || fail "$2 is not close to $1"
+}
+
+resumes_a_killed_transient_run() { kill_and_resume road-embankment; }
+resumes_a_killed_steady_run() { kill_and_resume heated-slab; }
+
+# The lock of a killed run goes with its process; the marker that it leaves is nobody's business.
+runs_once_at_a_time() {
+    starts
+    run 1 --quiet a.kdr
+    has err "error 5001: Another run on this data file is under way."
+    kill -0 "$pid" || fail "the first run ended"
+    there a.lkp
+    kill -KILL "$pid"
+    wait "$pid" 2>/dev/null
+    there a.lkp
+    problem 9 0.01 >a.kdr
+    run 0 --quiet a.kdr
+    gone a.lkp
+    starts
+    run 1 --quiet --resume a.kdr
+    kill -KILL "$pid"
+    wait "$pid" 2>/dev/null
 }
 
 halts_by_signal() {

@@ -1,0 +1,22 @@
+// Where an interrupted run goes on: behind the last saved step whose result files are all whole.
+//
+// A file is whole when it has the header of its step, all its rows, each with all its numbers, the end of the last line
+// and nothing behind it. So what a killed run was writing is never taken for a result. Front end's thread, with a data
+// file open and its lock held.
+#pragma once
+
+#include <cstdint>
+
+namespace kaldra {
+
+struct ResumePoint {
+    bool whole = false;          // every result that the run can leave is there
+    std::int32_t lastStep = -1;  // whose results are built on; -1: none, the run has to start plainly
+};
+
+// Looks for results of the steps from `firstStep` on that are whole and fit the time sequence. Of a steady state only
+// results count that are no older than the data file; older ones of a transient problem, and elapsed times that a
+// result file cannot hold, are warned of.
+[[nodiscard]] ResumePoint FindResumePoint(std::int32_t firstStep);
+
+}  // namespace kaldra
