@@ -43,6 +43,9 @@ struct TaskList {
 };
 
 // The helping threads. They sleep between calls, and after a call stay awake for a moment, as the next one is near.
+//
+// A helper that comes too late for a call is not waited for, since on a busy machine it may be long without a processor:
+// it enters through a gate, which the caller closes when no task is left.
 class Helpers {
 public:
     ~Helpers() { SendHome(); }
@@ -50,15 +53,18 @@ public:
     void Run(TaskList& list, int helpers) {
         Hire(helpers);
         list_ = &list;
-        working_ = static_cast<int>(threads_.size());
+        gate_.store(isOpen);
         ++call_;
         call_.notify_all();
         list.Work();
-        for (Patience patience; working_.load(std::memory_order_acquire) > 0;) patience.Wait();
-        list_ = nullptr;
+        gate_.fetch_and(~isOpen);
+        for (Patience patience; gate_.load(std::memory_order_acquire) != 0;) patience.Wait();
     }
 
 private:
+    static constexpr std::uint32_t isOpen = 1;
+    static constexpr std::uint32_t oneInside = 2;
+
     // A thread that cannot be had is done without.
     void Hire(int helpers) {
         if (static_cast<int>(threads_.size()) > helpers) SendHome();
@@ -93,15 +99,24 @@ private:
             call_.wait(seen);
             seen = call_.load();
             if (leaving_) return;
+            if (!Enter()) continue;
             list_.load()->Work();
-            working_.fetch_sub(1, std::memory_order_release);
+            gate_.fetch_sub(oneInside, std::memory_order_release);
         }
+    }
+
+    bool Enter() {
+        std::uint32_t gate = gate_.load();
+        while ((gate & isOpen) != 0) {
+            if (gate_.compare_exchange_weak(gate, gate + oneInside)) return true;
+        }
+        return false;
     }
 
     std::vector<std::thread> threads_;
     std::atomic<TaskList*> list_{nullptr};
     std::atomic<std::uint32_t> call_{0};
-    std::atomic<int> working_{0};
+    std::atomic<std::uint32_t> gate_{0};  // open or not, and how many are inside
     std::atomic<bool> leaving_{false};
 };
 
