@@ -11,6 +11,7 @@
 #include "run/messages.h"
 #include "run/run_state.h"
 #include "solver/dense_kernels.h"
+#include "solver/strips.h"
 
 namespace kaldra {
 
@@ -103,10 +104,6 @@ void LoadStrip(std::size_t strip) {
     }
 }
 
-void AwaitGroup(const std::uint32_t* ready, std::uint32_t wanted) {
-    for (Patience patience; __atomic_load_n(ready, __ATOMIC_ACQUIRE) < wanted;) patience.Wait();
-}
-
 std::int64_t HighestGroup() {
     std::int64_t rows = 0;
     for (std::size_t g = 0; g < GroupCount(); ++g) rows = std::max(rows, RowsOfGroup(g, model.skyline.top[g]));
@@ -125,30 +122,17 @@ int FactorSkyline() {
     for (std::size_t g = 0; g < GroupCount(); ++g) {
         groups[g] = {model.SkylineStore.data() + profile.start[g], profile.top[g], nullptr};
     }
-    std::uint32_t ready = 0;
     const DenseSystem system{groups.data(),
                              GroupCount(),
                              static_cast<std::int64_t>(GroupCount() * groupWidth),
                              model.skyline.reciprocal.data(),
-                             &ready,
-                             AwaitGroup};
-    const DenseKernels& kernels = ChosenDenseKernels();
-    // After a Stop the strips that are left are only counted as ready, so that nobody waits for them.
-    const auto factorStrip = [&](std::size_t strip) {
-        const std::size_t group = strip * groupsPerStrip;
-        if (IsRunning()) {
-            LoadStrip(strip);
-            kernels.factorStrip(system, group, groupsPerStrip, scratch.data() + ThreadNumber() * scratchOfStrip);
-        } else {
-            AwaitGroup(&ready, static_cast<std::uint32_t>(group));
-            __atomic_store_n(&ready, static_cast<std::uint32_t>(group + groupsPerStrip), __ATOMIC_RELEASE);
-        }
-    };
+                             nullptr,
+                             nullptr};
     constexpr double worthThreads = 2e7;  // operations; fewer are done before another thread is awake
     if (CostOfSkyline().operations < worthThreads) {
-        for (std::size_t strip = 0; strip < StripCount(); ++strip) factorStrip(strip);
+        FactorStripsHere(system, LoadStrip, scratch.data());
     } else {
-        RunTasks(StripCount(), factorStrip);
+        FactorStrips(system, LoadStrip, [&] { return scratch.data() + ThreadNumber() * scratchOfStrip; });
     }
     return IsRunning();
 }

@@ -12,6 +12,7 @@
 #include "platform/parallel.h"
 #include "run/run_state.h"
 #include "solver/dense_kernels.h"
+#include "solver/strips.h"
 
 namespace kaldra {
 
@@ -105,10 +106,6 @@ DenseSystem SystemOf(const Front& front, std::vector<ColumnGroup>& groups) {
             nullptr};
 }
 
-std::size_t GroupsInStrip(const DenseSystem& system, std::size_t group) {
-    return std::min(groupsPerStrip, system.groupCount - group);
-}
-
 // Gathers and eliminates one supernode of a subtree.
 void EliminateFront(std::int32_t s, SubtreeWorkspace& w) {
     const EliminationTree& t = model.tree;
@@ -121,15 +118,8 @@ void EliminateFront(std::int32_t s, SubtreeWorkspace& w) {
         const double* const update = UpdateOf(child, w);
         for (std::int64_t group = 0; group < child.RemainderGroups(); ++group) AddGroup(front, child, update, group);
     }
-    const DenseSystem system = SystemOf(front, w.groups);
-    const DenseKernels& kernels = ChosenDenseKernels();
-    for (std::size_t group = 0; group < system.groupCount; group += groupsPerStrip) {
-        kernels.factorStrip(system, group, GroupsInStrip(system, group), w.scratch.data());
-    }
-}
-
-void AwaitGroup(const std::uint32_t* ready, std::uint32_t wanted) {
-    for (Patience patience; __atomic_load_n(ready, __ATOMIC_ACQUIRE) < wanted;) patience.Wait();
+    FactorStripsHere(
+        SystemOf(front, w.groups), [](std::size_t) {}, w.scratch.data());
 }
 
 // The same by all threads, strip by strip.
@@ -152,22 +142,9 @@ void EliminateTopFront(std::int32_t s) {
             }
         });
     }
-    std::uint32_t ready = 0;
-    DenseSystem system = SystemOf(front, f.workspaces[0].groups);
-    system.ready = &ready;
-    system.wait = AwaitGroup;
-    const DenseKernels& kernels = ChosenDenseKernels();
-    // After a Stop the strips that are left are only counted as ready, so that nobody waits for them.
-    RunTasks((system.groupCount + groupsPerStrip - 1) / groupsPerStrip, [&](std::size_t strip) {
-        const std::size_t group = strip * groupsPerStrip;
-        const std::size_t count = GroupsInStrip(system, group);
-        if (IsRunning()) {
-            kernels.factorStrip(system, group, count, f.workspaces[ThreadNumber()].scratch.data());
-        } else {
-            AwaitGroup(&ready, static_cast<std::uint32_t>(group));
-            __atomic_store_n(&ready, static_cast<std::uint32_t>(group + count), __ATOMIC_RELEASE);
-        }
-    });
+    FactorStrips(
+        SystemOf(front, f.workspaces[0].groups), [](std::size_t) {},
+        [&f] { return f.workspaces[ThreadNumber()].scratch.data(); });
 }
 
 }  // namespace
