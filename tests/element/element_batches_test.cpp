@@ -26,7 +26,7 @@ protected:
     static Problem MixedProblem(const char* analysis) {
         Problem problem;
         problem.analysis = analysis;
-        problem.times = {"1 2.5 2.5 1"};
+        problem.times = {"1 2.5 2.5 1", "2 2.5 5 1"};
         problem.pole = "POLE 1\n-9 -9";
         problem.K = {FunctionRows(1, {"-20 2.2", "-3 2.1", "-1 1.9", "0 1.6", "6 1.5", "20 1.45"}, "0 0.5"),
                      FunctionRows(2, {"-30 1.1", "30 1.1"})};
@@ -85,6 +85,14 @@ protected:
         const std::size_t batch = place / laneCount - kind.firstBatch;
         return b.entries[kind.firstEntry + batch * kind.EntriesPerBatch() + (i * kind.slots + j) * laneCount +
                          place % laneCount];
+    }
+    // Entry i of Cap T old of an element.
+    static float Load(std::size_t e, std::size_t i) {
+        const ElementBatches& b = model.batches;
+        const auto place = static_cast<std::size_t>(b.placeOfElement[e]);
+        const ElementKind& kind = b.kinds[b.kindOfBatch[place / laneCount]];
+        const std::size_t batch = place / laneCount - kind.firstBatch;
+        return b.loads[kind.firstLoad + batch * kind.LoadsPerBatch() + i * laneCount + place % laneCount];
     }
     // What the plain procedures give for the matrices of all elements, and in the tables of the model.
     static std::vector<float> PlainEntries() {
@@ -170,6 +178,36 @@ TEST_F(ElementBatchesTest, FormOnlyWhatIsNew) {
     model.timeSteps[0].increment = 3;
     ASSERT_EQ(FormElementMatrices(changed), 1);
     EXPECT_TRUE(changed && Entry(1, 0, 0) != 9.0F);
+}
+
+// A new step brings new old temperatures, also where the matrices stay as they are: cells of constant properties.
+TEST_F(ElementBatchesTest, LoadsAreThoseOfTheStep) {
+    ASSERT_TRUE(Prepare(MixedProblem("2 1 334 1 -0.1")));
+    SetTemperatures(1.7);
+    for (const std::int32_t step : {1, 2}) {
+        runState.currentStep = step;
+        for (NodeState& state : model.nodeStates) state.previous += static_cast<float>(step);
+        ++model.temperatureVersion;
+        bool changed = false;
+        ASSERT_EQ(FormElementMatrices(changed), 1);
+        for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
+            ElementMatrix K;
+            ElementMatrix Cap;
+            ASSERT_EQ(ComputeElementMatrices(e, K, Cap, PointValues::Recorded), 1);
+            std::size_t used = 0;
+            for (std::size_t i = 0; i < slotCount; ++i) {
+                if (model.elements[e].nodes[i] == 0) continue;
+                float load = 0;
+                for (std::size_t j = 0; j < slotCount; ++j) {
+                    const std::int32_t node = model.elements[e].nodes[j];
+                    const double old = node == 0 ? 0.0 : static_cast<double>(model.nodeStates[IndexOf(node)].previous);
+                    load = static_cast<float>(static_cast<double>(load) +
+                                              static_cast<double>(Cap[i * slotCount + j]) * old);
+                }
+                EXPECT_EQ(Load(e, used++), load) << "step " << step << ", element " << e;
+            }
+        }
+    }
 }
 
 }  // namespace
