@@ -347,6 +347,20 @@ int FormElementMatrices(bool& changed) {
     return 1;
 }
 
+void CopyDerivatives(std::size_t e, std::size_t point, SlotGradients& B) {
+    const ElementBatches& b = model.batches;
+    const auto place = static_cast<std::size_t>(b.placeOfElement[e]);
+    const std::size_t batch = place / laneCount;
+    const ElementKind& kind = b.kinds[b.kindOfBatch[batch]];
+    const float* const shape = b.shapes.data() + kind.firstShape + BatchInKind(kind, batch) * kind.ShapesPerBatch() +
+                               point * (2 * kind.slots + 2) * laneCount + place % laneCount;
+    B.fill(0);
+    for (std::size_t j = 0; j < kind.slots; ++j) {
+        B[kind.slot[j]] = shape[j * laneCount];
+        B[slotCount + kind.slot[j]] = shape[(kind.slots + j) * laneCount];
+    }
+}
+
 // ---------------------------------------------------------------------------------------------------------------------
 // Crossings
 

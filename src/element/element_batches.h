@@ -4,8 +4,11 @@
 // spread over all threads.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include "element/element_geometry.h"
 
 namespace kaldra {
 
@@ -21,6 +24,9 @@ namespace kaldra {
 // them, where a value or the increment or the step is new. `changed` tells whether any matrix was formed. Gives 1, or 0
 // when Stop was pressed.
 [[nodiscard]] int FormElementMatrices(bool& changed);
+
+// Copies the global derivatives at a point of an active element, as GlobalDerivatives gave them.
+void CopyDerivatives(std::size_t e, std::size_t point, SlotGradients& B);
 
 // A point that has crossed the freezing point in this step.
 struct PointCrossing {

@@ -3,7 +3,7 @@
 #include <array>
 #include <vector>
 
-#include "element/element_geometry.h"
+#include "element/element_batches.h"
 #include "element/element_matrices.h"
 #include "element/small_matrix.h"
 #include "model/problem_model.h"
@@ -23,22 +23,15 @@ struct PointGradient {
     float gradientX, gradientY;
 };
 
-// The area scale was looked at by the assembly, long before.
 void ComputeElement(std::size_t e, PointGradient* values) {
     const ElementRec& element = model.elements[e];
     const std::size_t points = PointCount(e);
     const SlotValues temperature = SlotTemperatures(element, &NodeState::temperature);
-    ElementCoordinates xy;
-    RuleTable rule;
-    GetElementCoordinates(e, xy);
-    GetIntegrationRule(rule, points);
     for (std::size_t i = 0; i < points; ++i) {
-        PointGeometry at;
-        (void)ComputePointGeometry(element, xy, rule[i], at);
         SlotGradients B;
         SlotGradients conducted;
         Conductivity D;
-        GlobalDerivatives(B, at.inverse, at.dN);
+        CopyDerivatives(e, i, B);
         StoredConductivityAtPoint(D, e, i);
         MatMul(conducted.data(), D.data(), B.data(), 2, 2, slotCount);
         std::array<float, 2> gradient;
