@@ -163,6 +163,7 @@ struct EliminationTree {
 // What one thread needs to factorise a subtree.
 struct SubtreeWorkspace {
     std::array<LargeTable<double>, 2> updates;  // remainders, of even and odd depth
+    LargeTable<double> pivots;                  // the pivots' rows of a front
     LargeTable<double> scratch;                 // of a strip
     std::vector<ColumnGroup> groups;            // of a front
 };

@@ -57,6 +57,12 @@ struct DenseKernels {
     // `stride` values apart.
     void (*backward)(const double* u, std::size_t rows, std::size_t blocks, std::size_t stride, const double* w,
                      double* x);
+    // to(r, lane) += from(r, lane) for the lanes in `mask`; row r of either stands 8 r values behind its first. What
+    // the other lanes of `to` would be is not touched.
+    void (*add)(const double* from, std::size_t rows, unsigned mask, double* to);
+    // Copies `count` values, a multiple of eight, to where they are not read again soon: past the caches. Both begin at
+    // a multiple of 64 bytes.
+    void (*stream)(const double* from, std::size_t count, double* to);
 };
 
 extern const DenseKernels denseKernelsPlain;

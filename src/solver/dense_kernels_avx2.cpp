@@ -28,6 +28,26 @@ inline Vec Reduce(Vec a, Vec b, Vec c) {
     return {_mm256_fnmadd_pd(a.low, b.low, c.low), _mm256_fnmadd_pd(a.high, b.high, c.high)};
 }
 
+// Four lanes of a mask, each all ones or zero.
+inline __m256i LanesOf(unsigned mask) {
+    const __m256i bits = _mm256_setr_epi64x(1, 2, 4, 8);
+    return _mm256_cmpeq_epi64(_mm256_and_si256(_mm256_set1_epi64x(static_cast<int>(mask)), bits), bits);
+}
+
+inline void AddLanes(double* to, unsigned mask, Vec v) {
+    const __m256i low = LanesOf(mask & 15U);
+    const __m256i high = LanesOf(mask >> 4U);
+    _mm256_maskstore_pd(to, low, _mm256_add_pd(_mm256_maskload_pd(to, low), v.low));
+    _mm256_maskstore_pd(to + 4, high, _mm256_add_pd(_mm256_maskload_pd(to + 4, high), v.high));
+}
+
+inline void Stream(double* to, Vec v) {
+    _mm256_stream_pd(to, v.low);
+    _mm256_stream_pd(to + 4, v.high);
+}
+
+inline void EndStream() { _mm_sfence(); }
+
 inline double Total(Vec v) {
     const __m256d fours = _mm256_add_pd(v.low, v.high);
     const __m128d pairs = _mm_add_pd(_mm256_castpd256_pd128(fours), _mm256_extractf128_pd(fours, 1));

@@ -1,6 +1,8 @@
 // The kernels in terms of a vector of eight f64, Vec, that the including file defines for its processor, with
 //
 //     Load, Store, Broadcast, Multiply, Add, Total (of the lanes), and Reduce(a, b, c) = c - a b, rounded once;
+//     AddLanes(to, mask, v): to += v in the lanes of the mask;
+//     Stream(to, v): a store past the caches, and EndStream() after the last;
 //     tileRows (8 or 4) and tileGroups (3 or 1): what of a product its registers hold.
 //
 // NOLINTBEGIN: no include guard, on purpose.
@@ -176,9 +178,18 @@ void Backward(const double* u, std::size_t rows, std::size_t blocks, std::size_t
     }
 }
 
+void AddRows(const double* from, std::size_t rows, unsigned mask, double* to) {
+    for (std::size_t r = 0; r < rows; ++r) AddLanes(to + r * width, mask, Load(from + r * width));
+}
+
+void StreamValues(const double* from, std::size_t count, double* to) {
+    for (std::size_t i = 0; i < count; i += width) Stream(to + i, Load(from + i));
+    EndStream();
+}
+
 }  // namespace
 
-const DenseKernels KALDRA_KERNELS{FactorStrip, Forward, Backward};
+const DenseKernels KALDRA_KERNELS{FactorStrip, Forward, Backward, AddRows, StreamValues};
 
 }  // namespace kaldra
 // NOLINTEND

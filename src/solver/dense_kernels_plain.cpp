@@ -33,6 +33,15 @@ inline Vec Reduce(const Vec& a, const Vec& b, const Vec& c) {
     return r;
 }
 
+inline void AddLanes(double* to, unsigned mask, const Vec& v) {
+    for (unsigned i = 0; i < 8; ++i) {
+        if ((mask >> i & 1U) != 0) to[i] += v.lane[i];
+    }
+}
+
+inline void Stream(double* to, const Vec& v) { Store(to, v); }
+inline void EndStream() {}
+
 inline double Total(const Vec& v) {
     return ((v.lane[0] + v.lane[4]) + (v.lane[2] + v.lane[6])) + ((v.lane[1] + v.lane[5]) + (v.lane[3] + v.lane[7]));
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -63,31 +64,61 @@ void SetEntries(const Front& front, std::int64_t entriesEnd) {
     for (std::int64_t i = front.node.pivots; i < front.node.padded; ++i) *front.Value(i, i) = 1.0;
 }
 
-// Adds one group of columns of a child's remainder to the front. `place` tells the columns of the front.
+// Lanes of a group of a child that go into one group of the front, side by side.
+struct LaneRun {
+    unsigned mask;
+    double* pivot;      // where lane 0 would go in row 0 of the pivots,
+    double* remainder;  // and of the remainder; null where the group has none
+};
+
+using LaneRuns = std::array<LaneRun, 8>;
+
+// Finds the runs of one group; `place` tells the columns of the front. Gives their number.
+std::size_t FindLaneRuns(const Front& front, const std::int32_t* place, std::int64_t width, LaneRuns& runs) {
+    std::size_t count = 0;
+    for (std::int64_t lane = 0; lane < width;) {
+        const std::int64_t column = place[lane];
+        const std::int64_t group = column / 8;
+        unsigned mask = 0;
+        for (std::int64_t next = column; lane < width && place[lane] == next && next / 8 == group; ++lane, ++next) {
+            mask |= 1U << static_cast<unsigned>(lane);
+        }
+        const std::int64_t shift = column - group * 8 - std::countr_zero(mask);
+        const std::int64_t behind = group - front.node.PivotGroups();
+        runs[count++] = {mask, front.factor + front.node.FactorOffset(group) + shift,
+                         behind < 0 ? nullptr : front.update + Supernode::UpdateOffset(behind) + shift};
+    }
+    return count;
+}
+
+// Adds one group of columns of a child's remainder to the front.
 void AddGroup(const Front& front, const Supernode& child, const double* update, std::int64_t group) {
+    const DenseKernels& kernels = ChosenDenseKernels();
     const std::int32_t* const place = model.tree.place.data() + child.firstRow;
     const auto width = std::min<std::int64_t>(8, child.remainder - group * 8);
     const double* const values = update + Supernode::UpdateOffset(group);
-    // Where row 0 of each column stands, among the pivots and in the remainder.
-    std::array<double*, 8> pivot{};
-    std::array<double*, 8> remainder{};
-    for (std::int64_t lane = 0; lane < width; ++lane) {
-        const std::int64_t column = place[group * 8 + lane];
-        pivot[At(lane)] = front.factor + front.node.FactorOffset(column / 8) + column % 8;
-        const std::int64_t behind = column / 8 - front.node.PivotGroups();
-        if (behind >= 0) remainder[At(lane)] = front.update + Supernode::UpdateOffset(behind) + column % 8;
-    }
-    const std::int64_t padded = front.node.padded;
-    const auto add = [&](std::int64_t row, std::int64_t firstLane) {
-        const double* const from = values + row * 8;
+    LaneRuns runs;
+    const std::size_t runCount = FindLaneRuns(front, place + group * 8, width, runs);
+    const auto addRows = [&](std::int64_t row, std::int64_t count, unsigned lanes) {
         const std::int64_t target = place[row];
-        const bool isPivot = target < padded;
-        const std::array<double*, 8>& to = isPivot ? pivot : remainder;
-        const std::int64_t at = (isPivot ? target : target - padded) * 8;
-        for (std::int64_t lane = firstLane; lane < width; ++lane) to[At(lane)][at] += from[lane];
+        const bool isPivot = target < front.node.padded;
+        const std::int64_t at = (isPivot ? target : target - front.node.padded) * 8;
+        for (std::size_t i = 0; i < runCount; ++i) {
+            double* const to = (isPivot ? runs[i].pivot : runs[i].remainder) + at;
+            if ((runs[i].mask & lanes) != 0) kernels.add(values + row * 8, At(count), runs[i].mask & lanes, to);
+        }
     };
-    for (std::int64_t row = 0; row < group * 8; ++row) add(row, 0);
-    for (std::int64_t lane = 0; lane < width; ++lane) add(group * 8 + lane, lane);
+    // Rows that stand side by side in the front, too: places rise, so that a run ends where they rise by more than one.
+    const std::int64_t full = group * 8;
+    for (std::int64_t row = 0; row < full;) {
+        const std::int64_t target = place[row];
+        const std::int64_t most = target < front.node.padded ? front.node.padded - target : full;
+        std::int64_t count = std::min(full - row, most);
+        while (place[row + count - 1] - target != count - 1) count = (count + 1) / 2;
+        addRows(row, count, 0xffU);
+        row += count;
+    }
+    for (std::int64_t lane = 0; lane < width; ++lane) addRows(full + lane, 1, 0xffU << static_cast<unsigned>(lane));
 }
 
 std::int64_t EntriesEnd(std::int64_t s) {
@@ -106,11 +137,21 @@ DenseSystem SystemOf(const Front& front, std::vector<ColumnGroup>& groups) {
             nullptr};
 }
 
+// A factor that no cache holds is written past them: fronts of up to this many values are made in one place again and
+// again, and only then brought to theirs. Filling memory that is not in the cache would first read it.
+constexpr std::int64_t mostStreamed = 1 << 17;
+constexpr std::int64_t cachedFactor = 1 << 22;
+
+bool IsStreamed(const Supernode& node) {
+    return model.tree.factorEntries > cachedFactor && node.FactorEntries() <= mostStreamed;
+}
+
 // Gathers and eliminates one supernode of a subtree.
 void EliminateFront(std::int32_t s, SubtreeWorkspace& w) {
     const EliminationTree& t = model.tree;
     const Supernode& node = t.nodes[At(s)];
-    const Front front{node, FactorOf(node), UpdateOf(node, w)};
+    const bool streamed = IsStreamed(node);
+    const Front front{node, streamed ? w.pivots.data() : FactorOf(node), UpdateOf(node, w)};
     ClearGroups(front, 0, node.Groups());
     SetEntries(front, EntriesEnd(s));
     for (auto c = node.firstChild; c >= 0; c = t.nodes[At(c)].nextSibling) {
@@ -120,6 +161,7 @@ void EliminateFront(std::int32_t s, SubtreeWorkspace& w) {
     }
     FactorStripsHere(
         SystemOf(front, w.groups), [](std::size_t) {}, w.scratch.data());
+    if (streamed) ChosenDenseKernels().stream(front.factor, At(node.FactorEntries()), FactorOf(node));
 }
 
 // The same by all threads, strip by strip.
@@ -166,6 +208,7 @@ namespace {
     for (SubtreeWorkspace& w : model.sparse.workspaces) {
         if (!TryMakeTable(w.updates[0], At(t.workspace[0])) || !TryMakeTable(w.updates[1], At(t.workspace[1])))
             return false;
+        if (!TryMakeTable(w.pivots, At(t.factorEntries > cachedFactor ? mostStreamed : 0))) return false;
         if (!TryMakeTable(w.scratch, At(mostPivots) * groupWidth) || !TryMakeTable(w.groups, At(mostGroups)))
             return false;
     }
