@@ -93,7 +93,7 @@ int ChooseInitialConditions(const std::string& file) {
     InitialFiles files;
     if (!PickInitialFile(files, file)) return 0;
     AcceptInitialFiles(files);
-    return 1;
+    return runState.initialConditionMode != 0 ? 1 : ShowError(1075);  // it may be gone since it was picked
 }
 
 int Start() {

@@ -23,8 +23,8 @@ static bool Failed(int error) {
 }
 
 // True when a test wants this call to fail.
-static bool Rehearsed() {
-    if (!FaultStrikes(FaultSeam::FileCall)) return false;
+static bool Rehearsed(std::string_view name, const std::string& path) {
+    if (!FaultStrikes(FaultSeam::FileCall, name, path)) return false;
     lastSystemError = EIO;
     return true;
 }
@@ -36,7 +36,7 @@ File::~File() {
 }
 
 bool File::Open(const std::string& path, int flags) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("open", path)) return false;
     if (descriptor_ >= 0) return Failed(EBUSY);
     path_ = path;
     do {
@@ -63,7 +63,7 @@ bool File::Create(const std::string& path) { return Open(path, O_WRONLY | O_CREA
 bool File::OpenForAppending(const std::string& path) { return Open(path, O_WRONLY); }
 
 bool File::Seek(int whence) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("seek", path_)) return false;
     return ::lseek(descriptor_, 0, whence) >= 0 || Failed(errno);
 }
 
@@ -72,7 +72,7 @@ bool File::SeekToStart() { return Seek(SEEK_SET); }
 bool File::SeekToEnd() { return Seek(SEEK_END); }
 
 std::int64_t File::Read(std::span<char> block) {
-    if (Rehearsed()) return -1;
+    if (Rehearsed("read", path_)) return -1;
     std::size_t filled = 0;
     while (filled < block.size()) {
         const ssize_t count = ::read(descriptor_, block.data() + filled, block.size() - filled);
@@ -88,7 +88,7 @@ std::int64_t File::Read(std::span<char> block) {
 }
 
 std::int64_t File::Write(std::string_view bytes) {
-    if (Rehearsed()) return 0;
+    if (Rehearsed("write", path_)) return 0;
     std::size_t written = 0;
     while (written < bytes.size()) {
         const ssize_t count = ::write(descriptor_, bytes.data() + written, bytes.size() - written);
@@ -103,7 +103,7 @@ std::int64_t File::Write(std::string_view bytes) {
 }
 
 bool File::Close() {
-    const bool rehearsed = Rehearsed();
+    const bool rehearsed = Rehearsed("close", path_);
     const int result = ::close(std::exchange(descriptor_, -1));
     if (rehearsed) return false;
     return result == 0 || Failed(errno);
@@ -120,7 +120,7 @@ static int Lock(int descriptor) {
 // A network file system may ask for the right to write before it locks; only there is the file opened so.
 FileLock::Result FileLock::Take(const std::string& path) {
     if (descriptor_ >= 0) return Result::Held;
-    if (Rehearsed()) return Result::Impossible;
+    if (Rehearsed("lock", path)) return Result::Impossible;
     int error = 0;
     for (const int access : {O_RDONLY, O_RDWR}) {
         descriptor_ = ::open(path.c_str(), access | O_NONBLOCK | O_CLOEXEC);
@@ -138,18 +138,27 @@ void FileLock::Release() {
 }
 
 bool FileExists(const std::string& path) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("exists", path)) return false;
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0;
 }
 
 bool DeleteFile(const std::string& path) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("delete", path)) return false;
     return ::unlink(path.c_str()) == 0 || Failed(errno);
 }
 
+// True when the last call failed because its file is not there, which its caller takes as it comes.
+static bool WasNotThere() {
+    if (lastSystemError != ENOENT) return false;
+    lastSystemError = 0;
+    return true;
+}
+
+bool DeleteFileIfThere(const std::string& path) { return DeleteFile(path) || WasNotThere(); }
+
 bool IsNewerThan(const std::string& path, const std::string& other) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("times", path)) return false;
     struct stat a {};
     struct stat b {};
     if (::stat(path.c_str(), &a) != 0 || ::stat(other.c_str(), &b) != 0) return false;
@@ -157,15 +166,17 @@ bool IsNewerThan(const std::string& path, const std::string& other) {
 }
 
 bool CopyFile(const std::string& from, const std::string& to) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("copy", to)) return false;
     std::error_code error;
     std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
     return !error || Failed(error.value());
 }
 
+bool CopyFileIfThere(const std::string& from, const std::string& to) { return CopyFile(from, to) || WasNotThere(); }
+
 std::vector<std::string> ListFiles(const std::string& folder, std::string_view prefix) {
     std::vector<std::string> names;
-    if (Rehearsed()) return names;
+    if (Rehearsed("list", folder)) return names;
     std::error_code error;
     std::filesystem::directory_iterator entries(folder.empty() ? "." : folder, error);
     for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {

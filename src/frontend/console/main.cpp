@@ -174,6 +174,7 @@ bool PrepareResume(const Options& options, int& refused) {
         (void)DeleteFile(runState.lockFilePath);  // of a run that was killed behind its last file
     } else if (point.lastStep > 0) {
         ChooseStartTime(point.lastStep + 1);
+        if (runState.initialConditionMode != 2) refused = exitFailed;  // they are gone since they were found
         sentence = FormatText("resuming at step %d, behind the results of step %d", point.lastStep + 1, point.lastStep);
     } else {
         refused = PrepareStart(options);
