@@ -5,6 +5,8 @@ namespace kaldra {
 static FaultCounter& CounterOf(FaultSeam seam) {
     static FaultCounter fileCalls;
     static FaultCounter allocations;
+    static FaultCounter news;
+    if (seam == FaultSeam::OperatorNew) return news;
     return seam == FaultSeam::FileCall ? fileCalls : allocations;
 }
 

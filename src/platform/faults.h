@@ -11,7 +11,8 @@
 
 namespace kaldra {
 
-enum class FaultSeam { FileCall, Allocation };
+// Of platform/files, of platform/memory, and operator new, where a test has replaced it to ask here.
+enum class FaultSeam { FileCall, Allocation, OperatorNew };
 
 // Calls of one seam since the last ArmFault, counted from 1.
 struct FaultCounter {

@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -174,16 +176,20 @@ bool CopyFile(const std::string& from, const std::string& to) {
 
 bool CopyFileIfThere(const std::string& from, const std::string& to) { return CopyFile(from, to) || WasNotThere(); }
 
+// Not by std::filesystem::directory_iterator, which ends the process where memory is short.
 std::vector<std::string> ListFiles(const std::string& folder, std::string_view prefix) {
     std::vector<std::string> names;
     if (Rehearsed("list", folder)) return names;
-    std::error_code error;
-    std::filesystem::directory_iterator entries(folder.empty() ? "." : folder, error);
-    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
-        std::string name = entries->path().filename().string();
-        if (name.starts_with(prefix)) names.push_back(std::move(name));
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(folder.empty() ? "." : folder.c_str()), ::closedir);
+    if (!entries) Failed(errno);
+    while (entries) {
+        errno = 0;
+        const dirent* const entry = ::readdir(entries.get());
+        if (entry == nullptr && errno != 0) Failed(errno);
+        if (entry == nullptr) break;
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != ".." && name.starts_with(prefix)) names.emplace_back(name);
     }
-    if (error) Failed(error.value());
     std::ranges::sort(names);
     return names;
 }

@@ -3,6 +3,7 @@
 #include "platform/faults.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -12,6 +13,7 @@
 #include "platform/number_text.h"
 #include "platform/parallel.h"
 #include "run/analysis.h"
+#include "run/last_net.h"
 #include "run/messages.h"
 #include "run/run_state.h"
 #include "run/warnings.h"
@@ -114,13 +116,16 @@ protected:
         }
         for (const auto& [name, bytes] : files) WriteFile(name, bytes);
     }
-    // From the opening of the data file as the console goes about it.
-    int OpenAndRun(const Rehearsed& start) {
-        ClearWarnings();
-        if (!OpenDataFile(Path("case.kdr"))) return 0;
+    // From the opening of the data file as the console goes about it. Whatever is made here belongs to the run.
+    int OpenAndRun(const Rehearsed& start, const std::string& file, const std::string& initialFile) {
+        if (!OpenDataFile(file)) return 0;
         if (start.startStep > 0) ChooseStartTime(start.startStep);
-        if (!start.initialFile.empty() && !ChooseInitialConditions(Path(start.initialFile))) return 0;
-        return RunOpened().result;
+        if (!start.initialFile.empty() && !ChooseInitialConditions(initialFile)) return 0;
+        recorder.posts = 0;
+        if (!Start()) return 0;
+        if (!WaitForPost()) std::abort();
+        HandleCalcThreadMsg(runFinishedMessage, recorder.result);
+        return recorder.result;
     }
     // What has to hold however a run ends.
     void ExpectOrder(const Ending& end) {
@@ -137,13 +142,16 @@ protected:
     // Runs with the n-th call failing for every n up to the last, and gives the end of each run; nothing fails in the
     // last one, and every other that ends as if nothing had failed has to leave the same files.
     std::vector<Ending> RehearseAll(const Rehearsed& start, FaultSeam seam, bool onlyOnce) {
-        WriteFile("case.kdr", start.problem.Text());
+        const std::string file = WriteFile("case.kdr", start.problem.Text());
+        const std::string initialFile = Path(start.initialFile);
+        const auto openAndRun = [&] { return OpenAndRun(start, file, initialFile); };
         std::vector<Ending> endings;
         std::map<std::int64_t, Contents> silent;
         for (std::int64_t n = 1;; ++n) {
             RestoreFiles(start.beside);
+            ClearWarnings();
             ArmFault(seam, n, onlyOnce);
-            const int result = OpenAndRun(start);
+            const int result = CatchLackOfMemory(openAndRun);
             const std::string call = StruckCall(seam);
             ArmFault(seam, 0);
             endings.push_back({WithoutPlace(call), TakeMessages(), result, ResultsAreWhole(), TakeWarnings()});
@@ -259,6 +267,20 @@ TEST_F(Rehearsal, AllocationsFailInTurn) {
                         << end.Text();
                 }
             }
+        }
+    }
+    EXPECT_EQ(markersLeft, 0);
+}
+
+// Not only those of tables: every text and every name.
+TEST_F(Rehearsal, TriflesThatFindNoMemoryEndTheRunInOrder) {
+    SetThreadCount(2);
+    for (const Rehearsed& start : {Steady(), Restarted(), Continued()}) {
+        const std::vector<Ending> endings = RehearseAll(start, FaultSeam::OperatorNew, true);
+        EXPECT_GT(endings.size(), 300U);
+        for (const Ending& end : endings) {
+            EXPECT_TRUE(end.IsSilent() || testing::Value(end.messages, testing::Contains(1138))) << end.Text();
+            EXPECT_TRUE(end.messages.empty() || end.result == 0 || !end.whole) << end.Text();
         }
     }
     EXPECT_EQ(markersLeft, 0);
