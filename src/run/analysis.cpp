@@ -119,7 +119,7 @@ static void CreateLockFile() {
 }
 
 static void DeleteLockFile() {
-    if (!DeleteFile(runState.lockFilePath)) {
+    if (!DeleteFileIfThere(runState.lockFilePath)) {
         AddWarning(runState.lockFilePath + " could not be deleted and tells other programs of a run: delete it");
     }
     (void)TakeLastSystemError();

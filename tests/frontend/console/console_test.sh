@@ -277,6 +277,7 @@ meets_missing_permissions() {
     chmod 555 locked
     as_somebody locked/a.kdr "error 1025: Cannot open Convergence file." locked/a.kdr
     has both "a.lkp could not be made"
+    ! grep -q "could not be deleted" both || fail "a marker that was never made is missed: $(cat both)"
     chmod 755 locked
     for pair in cnp:1025 t00:1021 g00:1022 j00:1026 r00:1023; do
         echo older >"a.${pair%:*}"
