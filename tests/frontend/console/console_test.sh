@@ -317,25 +317,30 @@ stops_by_signal() {
 
 # Nobody reads what it writes, so it cannot get to its end after the first signal.
 ends_by_the_second_signal() {
-    local status=0 before=-1
+    local signal before status
     problem 1000000 0 >a.kdr
     mkfifo pipe
-    exec 3<>pipe
-    "$program" a.kdr >pipe 2>err </dev/null &
-    pid=$!
-    until [ -s a.cnp ] && [ "$(stat -c %s a.cnp)" = "$before" ]; do
-        before=$(stat -c %s a.cnp 2>/dev/null)
+    for signal in INT:130 TERM:143; do
+        before=-1
+        status=0
+        exec 3<>pipe
+        "$program" a.kdr >pipe 2>err </dev/null &
+        pid=$!
+        until [ -s a.cnp ] && [ "$(stat -c %s a.cnp)" = "$before" ]; do
+            before=$(stat -c %s a.cnp 2>/dev/null)
+            sleep 0.5
+        done
+        kill "-${signal%:*}" "$pid"
         sleep 0.5
+        kill -0 "$pid" || fail "the first $signal ended it"
+        kill "-${signal%:*}" "$pid"
+        for _ in {1..100}; do kill -0 "$pid" 2>/dev/null && sleep 0.1; done
+        kill -KILL "$pid" 2>/dev/null && fail "$signal twice does not end it"
+        wait "$pid" || status=$?
+        exec 3>&-
+        [ "$status" = "${signal#*:}" ] || fail "exit $status after $signal twice"
+        rm -f a.cnp
     done
-    kill -TERM "$pid"
-    sleep 0.5
-    kill -0 "$pid" || fail "the first signal ended it"
-    kill -TERM "$pid"
-    for _ in {1..100}; do kill -0 "$pid" 2>/dev/null && sleep 0.1; done
-    kill -KILL "$pid" 2>/dev/null && fail "two signals do not end it"
-    wait "$pid" || status=$?
-    exec 3>&-
-    [ "$status" = 143 ] || fail "exit $status"
 }
 
 # kill_and_resume EXAMPLE: kills a run and what resumes it at random moments until one comes through, and compares.
