@@ -252,6 +252,7 @@ TEST_F(Rehearsal, AllocationsFailInTurn) {
     wet.elements = grid.elements;
     wet.flux = grid.flux;
     wet.edges.clear();
+    wet.times.pop_back();
     Problem dry = wet;
     dry.analysis = "1 3 0 1 0";  // in plan, with the areas of nodes
     for (const Solver solver : {Solver::Skyline, Solver::Sparse}) {
