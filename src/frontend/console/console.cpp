@@ -77,7 +77,8 @@ void DrawProgress() try {
 void PrintStatus(std::string_view text) {
     if (console.quiet) return;
     EraseProgress();
-    Print(stdout, std::string(text) + '\n');
+    std::fwrite(text.data(), 1, text.size(), stdout);  // no text of its own: Stop has to get through without memory
+    Print(stdout, "\n");
     if (std::ferror(stdout) != 0) AddWarning("some status lines are lost: standard output could not be written");
 }
 
