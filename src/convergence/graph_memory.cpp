@@ -26,12 +26,17 @@ int CreateGraphTables() {
     return ShowOutOfMemory();
 }
 
+// Doubles, since a table that grows by one point an iteration would be copied in every one of them.
+[[nodiscard]] static bool TryMakeRoom(std::vector<double>& table, std::size_t count) {
+    return count <= table.capacity() || TryReserveTable(table, 2 * count);
+}
+
 int StoreGraphPoint(std::int32_t iteration, double norm, bool& redrawDue) {
     GraphMemory& g = graphMemory;
     const auto count = static_cast<std::size_t>(iteration);
     {
         const std::scoped_lock lock(hmtxGraphMem);
-        if (TryReserveTable(g.GraphIterations, count) && TryReserveTable(g.GraphNorms, count)) {
+        if (TryMakeRoom(g.GraphIterations, count) && TryMakeRoom(g.GraphNorms, count)) {
             g.GraphIterations.resize(count);
             g.GraphNorms.resize(count);
             g.GraphIterations.back() = iteration;

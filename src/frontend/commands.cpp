@@ -10,6 +10,7 @@
 #include "restart/start_step.h"
 #include "run/analysis.h"
 #include "run/front_end.h"
+#include "run/last_net.h"
 #include "run/messages.h"
 #include "run/run_state.h"
 
@@ -54,16 +55,19 @@ int OpenDataFile(const std::string& path) {
         NewDocument();
         return ShowError(1074);
     }
-    runState.pendingFileName = path;
-    model.dataFileName = path;
-    runState.fileOpen = 1;
-    runState.initialConditionMode = 0;
-    if (!ReadDataFile()) {
+    const auto read = [&path] {
+        runState.pendingFileName = path;
+        model.dataFileName = path;
+        runState.fileOpen = 1;
+        runState.initialConditionMode = 0;
+        return ReadDataFile();
+    };
+    if (!CatchLackOfMemory(read)) {
         frontEnd.ClearStatus();
         NewDocument();
         return 0;
     }
-    return PrepareDocument();
+    return CatchLackOfMemory(PrepareDocument);
 }
 
 int OpenChosenFile(const std::string& path) {
@@ -93,11 +97,11 @@ int ChooseInitialConditions(const std::string& file) {
     InitialFiles files;
     if (!PickInitialFile(files, file)) return 0;
     AcceptInitialFiles(files);
-    return 1;
+    return runState.initialConditionMode != 0 ? 1 : ShowError(1075);  // it may be gone since it was picked
 }
 
 int Start() {
-    if (StartAnalysis()) return 1;
+    if (CatchLackOfMemory(StartAnalysis)) return 1;
     EndRun();
     return 0;
 }

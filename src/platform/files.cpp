@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -23,8 +25,8 @@ static bool Failed(int error) {
 }
 
 // True when a test wants this call to fail.
-static bool Rehearsed() {
-    if (!FaultStrikes(FaultSeam::FileCall)) return false;
+static bool Rehearsed(std::string_view name, const std::string& path) {
+    if (!FaultStrikes(FaultSeam::FileCall, name, path)) return false;
     lastSystemError = EIO;
     return true;
 }
@@ -36,7 +38,7 @@ File::~File() {
 }
 
 bool File::Open(const std::string& path, int flags) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("open", path)) return false;
     if (descriptor_ >= 0) return Failed(EBUSY);
     path_ = path;
     do {
@@ -63,7 +65,7 @@ bool File::Create(const std::string& path) { return Open(path, O_WRONLY | O_CREA
 bool File::OpenForAppending(const std::string& path) { return Open(path, O_WRONLY); }
 
 bool File::Seek(int whence) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("seek", path_)) return false;
     return ::lseek(descriptor_, 0, whence) >= 0 || Failed(errno);
 }
 
@@ -72,7 +74,7 @@ bool File::SeekToStart() { return Seek(SEEK_SET); }
 bool File::SeekToEnd() { return Seek(SEEK_END); }
 
 std::int64_t File::Read(std::span<char> block) {
-    if (Rehearsed()) return -1;
+    if (Rehearsed("read", path_)) return -1;
     std::size_t filled = 0;
     while (filled < block.size()) {
         const ssize_t count = ::read(descriptor_, block.data() + filled, block.size() - filled);
@@ -88,7 +90,7 @@ std::int64_t File::Read(std::span<char> block) {
 }
 
 std::int64_t File::Write(std::string_view bytes) {
-    if (Rehearsed()) return 0;
+    if (Rehearsed("write", path_)) return 0;
     std::size_t written = 0;
     while (written < bytes.size()) {
         const ssize_t count = ::write(descriptor_, bytes.data() + written, bytes.size() - written);
@@ -103,7 +105,7 @@ std::int64_t File::Write(std::string_view bytes) {
 }
 
 bool File::Close() {
-    const bool rehearsed = Rehearsed();
+    const bool rehearsed = Rehearsed("close", path_);
     const int result = ::close(std::exchange(descriptor_, -1));
     if (rehearsed) return false;
     return result == 0 || Failed(errno);
@@ -120,7 +122,7 @@ static int Lock(int descriptor) {
 // A network file system may ask for the right to write before it locks; only there is the file opened so.
 FileLock::Result FileLock::Take(const std::string& path) {
     if (descriptor_ >= 0) return Result::Held;
-    if (Rehearsed()) return Result::Impossible;
+    if (Rehearsed("lock", path)) return Result::Impossible;
     int error = 0;
     for (const int access : {O_RDONLY, O_RDWR}) {
         descriptor_ = ::open(path.c_str(), access | O_NONBLOCK | O_CLOEXEC);
@@ -138,18 +140,27 @@ void FileLock::Release() {
 }
 
 bool FileExists(const std::string& path) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("exists", path)) return false;
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0;
 }
 
 bool DeleteFile(const std::string& path) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("delete", path)) return false;
     return ::unlink(path.c_str()) == 0 || Failed(errno);
 }
 
+// True when the last call failed because its file is not there, which its caller takes as it comes.
+static bool WasNotThere() {
+    if (lastSystemError != ENOENT) return false;
+    lastSystemError = 0;
+    return true;
+}
+
+bool DeleteFileIfThere(const std::string& path) { return DeleteFile(path) || WasNotThere(); }
+
 bool IsNewerThan(const std::string& path, const std::string& other) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("times", path)) return false;
     struct stat a {};
     struct stat b {};
     if (::stat(path.c_str(), &a) != 0 || ::stat(other.c_str(), &b) != 0) return false;
@@ -157,22 +168,28 @@ bool IsNewerThan(const std::string& path, const std::string& other) {
 }
 
 bool CopyFile(const std::string& from, const std::string& to) {
-    if (Rehearsed()) return false;
+    if (Rehearsed("copy", to)) return false;
     std::error_code error;
     std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
     return !error || Failed(error.value());
 }
 
+bool CopyFileIfThere(const std::string& from, const std::string& to) { return CopyFile(from, to) || WasNotThere(); }
+
+// Not by std::filesystem::directory_iterator, which ends the process where memory is short.
 std::vector<std::string> ListFiles(const std::string& folder, std::string_view prefix) {
     std::vector<std::string> names;
-    if (Rehearsed()) return names;
-    std::error_code error;
-    std::filesystem::directory_iterator entries(folder.empty() ? "." : folder, error);
-    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
-        std::string name = entries->path().filename().string();
-        if (name.starts_with(prefix)) names.push_back(std::move(name));
+    if (Rehearsed("list", folder)) return names;
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(folder.empty() ? "." : folder.c_str()), ::closedir);
+    if (!entries) Failed(errno);
+    while (entries) {
+        errno = 0;
+        const dirent* const entry = ::readdir(entries.get());
+        if (entry == nullptr && errno != 0) Failed(errno);
+        if (entry == nullptr) break;
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != ".." && name.starts_with(prefix)) names.emplace_back(name);
     }
-    if (error) Failed(error.value());
     std::ranges::sort(names);
     return names;
 }

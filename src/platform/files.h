@@ -77,10 +77,14 @@ inline constexpr ClearBuf clearbuf;
 
 [[nodiscard]] bool FileExists(const std::string& path);
 [[nodiscard]] bool DeleteFile(const std::string& path);
+// The same for a file that need not be there. Asking first would take a file that cannot be looked at for none.
+[[nodiscard]] bool DeleteFileIfThere(const std::string& path);
 // True if `path` was written to later than `other`; false where that cannot be told.
 [[nodiscard]] bool IsNewerThan(const std::string& path, const std::string& other);
 // Copies a file's bytes over `to`, in place of any older file.
 [[nodiscard]] bool CopyFile(const std::string& from, const std::string& to);
+// The same for a file that need not be there.
+[[nodiscard]] bool CopyFileIfThere(const std::string& from, const std::string& to);
 // Names, without folder and in rising order, of the entries of `folder` that begin with `prefix`. None where it cannot
 // be read. An empty folder is the working folder.
 [[nodiscard]] std::vector<std::string> ListFiles(const std::string& folder, std::string_view prefix);

@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "platform/faults.h"
+#include "run/front_end.h"
 #include "run/messages.h"
 #include "run/warnings.h"
 
@@ -61,9 +63,17 @@ void* TakeLargeMemory(std::size_t bytes) {
 
 void GiveLargeMemory(void* memory) { std::free(memory); }
 
+// Ready before memory is short.
+static const MessageBox outOfMemory{1138, "Error", std::string(StringText(1138)), boxExclamation};
+
 int ShowOutOfMemory() {
     NoteLackOfMemory();
-    return ShowError(1138);
+    try {
+        return ShowError(1138);
+    } catch (const std::bad_alloc&) {
+        frontEnd.ShowMessage(outOfMemory);
+        return 0;
+    }
 }
 
 }  // namespace kaldra

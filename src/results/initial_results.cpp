@@ -30,7 +30,7 @@ static bool WriteInitialRows(File& file) {
     if (!FindExtension(source, dotPosition, length)) return 0;
     if (dotPosition < length) source[static_cast<std::size_t>(dotPosition)] = letter;
     const std::string copy = model.baseName + '.' + letter + "in";
-    if (FileExists(source) && !CopyFile(source, copy)) WarnOfBrokenFile(copy);
+    if (!CopyFileIfThere(source, copy)) WarnOfBrokenFile(copy);
     (void)TakeLastSystemError();
     return 1;
 }

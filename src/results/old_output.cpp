@@ -76,7 +76,7 @@ struct Leftovers {
 static void ClearSteadyStart(const std::string& stem, Leftovers& left) {
     for (const std::string_view extension : {".tin", ".gin", ".rin", ".jin"}) {
         const std::string path = stem + std::string(extension);
-        if (FileExists(path) && !DeleteFile(path)) left.Add(path);
+        if (!DeleteFileIfThere(path)) left.Add(path);
     }
 }
 

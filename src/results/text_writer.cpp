@@ -91,6 +91,8 @@ int WriteBufferedLines(File& file, std::string_view lines) {
     return 1;
 }
 
+void DropBufferedLines() { ReleaseBuffers(); }
+
 int WriteBuffered(File& file, ClearBuf) {
     if (!MakeBuffers(file)) return -1;
     if (!Flush(file)) return FailWriting(file);

@@ -23,6 +23,9 @@ inline constexpr std::string_view lineEnd = "\r\n";
 // Writes out what is gathered and releases the buffers. Gives 1, or -1 after message 1192 or 1138.
 [[nodiscard]] int WriteBuffered(File& file, ClearBuf marker);
 
+// Forgets what is gathered: its stream was given up.
+void DropBufferedLines();
+
 // Lets `write` put its lines into the open file, ends the stream and closes the file. `write(file)` gives false as soon
 // as a line fails. Gives 1, or 0 after message 1193 (a line or the end of the stream) or `cannotClose`.
 template <class Write>

@@ -15,6 +15,7 @@
 #include "results/initial_results.h"
 #include "results/old_output.h"
 #include "run/front_end.h"
+#include "run/last_net.h"
 #include "run/messages.h"
 #include "run/run_lock.h"
 #include "run/run_state.h"
@@ -118,7 +119,7 @@ static void CreateLockFile() {
 }
 
 static void DeleteLockFile() {
-    if (!DeleteFile(runState.lockFilePath)) {
+    if (!DeleteFileIfThere(runState.lockFilePath)) {
         AddWarning(runState.lockFilePath + " could not be deleted and tells other programs of a run: delete it");
     }
     (void)TakeLastSystemError();
@@ -139,15 +140,22 @@ static void WarnOfUnconvergedSteps() {
                           runState.firstUnconvergedStep));
 }
 
-int CalcThreadProc() {
+[[nodiscard]] static int Analyse() {
     frontEnd.AppendStatusPlain(StringText(1172));
     frontEnd.StartRunAnimation();
     CreateLockFile();
-    int result = 0;
-    if (model.analysisType == steadyState) result = RunSteadyState();
-    if (model.analysisType == transient) result = RunTransient();
-    DeleteLockFile();
-    if (result == 1) WarnOfUnconvergedSteps();
+    if (model.analysisType == steadyState) return RunSteadyState();
+    return model.analysisType == transient ? RunTransient() : 0;
+}
+
+int CalcThreadProc() {
+    int result = CatchLackOfMemory(Analyse);
+    const auto finish = [result] {
+        DeleteLockFile();
+        if (result == 1) WarnOfUnconvergedSteps();
+        return result;
+    };
+    result = CatchLackOfMemory(finish);
     frontEnd.RunFinished(result);
     return result;
 }
@@ -159,9 +167,13 @@ void HandleCalcThreadMsg(int first, int) {
     if (first != runFinishedMessage) return;
     calcThread.join();  // its last act was the post
     EndRun();
-    frontEnd.ResultsChanged();
-    frontEnd.AppendStatusPlain(StringText(1050));
-    frontEnd.Beep();
+    const auto tell = [] {
+        frontEnd.ResultsChanged();
+        frontEnd.AppendStatusPlain(StringText(1050));
+        frontEnd.Beep();
+        return 1;
+    };
+    (void)CatchLackOfMemory(tell);
 }
 
 void EndRun() {

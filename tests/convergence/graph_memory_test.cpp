@@ -2,6 +2,7 @@
 
 #include <thread>
 
+#include "platform/faults.h"
 #include "run/run_state.h"
 #include "support/kaldra_test.h"
 
@@ -22,6 +23,14 @@ TEST_F(GraphMemoryTest, AFreshFileResetsTheSettings) {
     EXPECT_THAT((std::array{graphMemory.GraphPointCount, graphMemory.GraphFirstIteration, graphMemory.GraphUpdateMode,
                             graphMemory.GraphUpdateInterval, graphMemory.GraphStep, graphMemory.GraphLastIteration}),
                 ElementsAre(0, 1, graphAutomatically, 1, 0, 20));
+}
+
+// A table that grew by one point at a time would be copied in every iteration.
+TEST_F(GraphMemoryTest, LongCurvesAreSeldomMoved) {
+    bool due = false;
+    ArmFault(FaultSeam::Allocation, 0);
+    for (std::int32_t i = 1; i <= 10000; ++i) ASSERT_EQ(StoreGraphPoint(i, 1.0, due), 1);
+    EXPECT_LT(FaultCalls(FaultSeam::Allocation), 50);
 }
 
 // A reader that takes the mutex sees both arrays and their count fit at any time.

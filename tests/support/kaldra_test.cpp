@@ -37,6 +37,7 @@ static void ResetProcess() {
     frontEnd = FrontEnd();
     ArmFault(FaultSeam::FileCall, 0);
     ArmFault(FaultSeam::Allocation, 0);
+    ArmFault(FaultSeam::OperatorNew, 0);
     File none;
     ReadLine(none, clearbuf);
     (void)WriteBuffered(none, clearbuf);

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <new>
 #include <string_view>
 
 #include "convergence/convergence_monitor.h"
@@ -64,17 +65,20 @@ void EraseProgress() {
     console.lineDrawn = false;
 }
 
-void DrawProgress() {
+// Does without the line where memory is short.
+void DrawProgress() try {
     if (!console.showsProgress || console.progress.iteration == 0) return;
     console.progress.seconds = std::chrono::duration<double>(Clock::now() - console.start).count();
     Print(stderr, "\r\x1b[K" + ProgressLine(console.progress, TerminalWidth()));
     console.lineDrawn = true;
+} catch (const std::bad_alloc&) {
 }
 
 void PrintStatus(std::string_view text) {
     if (console.quiet) return;
     EraseProgress();
-    Print(stdout, std::string(text) + '\n');
+    std::fwrite(text.data(), 1, text.size(), stdout);  // no text of its own: Stop has to get through without memory
+    Print(stdout, "\n");
     if (std::ferror(stdout) != 0) AddWarning("some status lines are lost: standard output could not be written");
 }
 
@@ -103,14 +107,20 @@ void NoteIteration() {
     DrawProgress();
 }
 
-// The box's text on one line.
+// The box's text on one line, put together without memory, which may be what the message is about.
 void ShowMessage(const MessageBox& box) {
-    std::string line = FormatText("error %d: ", box.number);
-    for (const char c : box.text) c == '\n' ? line.append("\\n") : line.append(1, c);
+    std::array<char, 2048> line{};
+    auto length = static_cast<std::size_t>(std::snprintf(line.data(), line.size(), "error %d: ", box.number));
+    for (const char c : box.text) {
+        if (length + 3 > line.size()) break;
+        if (c == '\n') line[length++] = '\\';
+        line[length++] = c == '\n' ? 'n' : c;
+    }
+    line[length++] = '\n';
     const std::scoped_lock lock(console.lock);
     ++console.outcome.messages;
     EraseProgress();
-    Print(stderr, line + '\n');
+    Print(stderr, {line.data(), length});
     DrawProgress();
 }
 

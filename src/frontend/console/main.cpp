@@ -7,7 +7,9 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <map>
+#include <new>
 #include <string>
 
 #include "check/check.h"
@@ -174,6 +176,7 @@ bool PrepareResume(const Options& options, int& refused) {
         (void)DeleteFile(runState.lockFilePath);  // of a run that was killed behind its last file
     } else if (point.lastStep > 0) {
         ChooseStartTime(point.lastStep + 1);
+        if (runState.initialConditionMode != 2) refused = exitFailed;  // they are gone since they were found
         sentence = FormatText("resuming at step %d, behind the results of step %d", point.lastStep + 1, point.lastStep);
     } else {
         refused = PrepareStart(options);
@@ -260,9 +263,7 @@ int Run(const Options& options) {
     return exitFailed;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int RunProgram(int argc, char** argv) {
     CLI::App app("Runs one analysis of heat in freezing and thawing ground.", "kaldra-run");
     Options options;
     app.add_option("FILE.kdr", options.file, "problem data file")->required();
@@ -314,4 +315,15 @@ int main(int argc, char** argv) {
     InitModel(0);
     InitModel(1);
     return options.check ? Check(options) : Run(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return RunProgram(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::fputs("error 1138: Insufficient available memory.\n", stderr);
+        return exitFailed;
+    }
 }
