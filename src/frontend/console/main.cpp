@@ -90,7 +90,7 @@ struct Options {
 
 // The path as the engine keeps it, or an empty one after a complaint.
 std::string AbsolutePath(const std::string& file) {
-    const std::string path = TruePath(file);
+    std::string path = TruePath(file);
     if (path.empty()) Complain("cannot find the working folder");
     if (path.size() > longestPath) {
         Complain(FormatText("the path has %d characters, %d is the most: %s", static_cast<std::int64_t>(path.size()),
@@ -262,7 +262,8 @@ int Run(const Options& options) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+// What declaring the options may throw is lack of memory, before anything has begun.
+int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
     CLI::App app("Runs one analysis of heat in freezing and thawing ground.", "kaldra-run");
     Options options;
     app.add_option("FILE.kdr", options.file, "problem data file")->required();
