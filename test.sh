@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
 # Builds and runs all tests: those in which two threads meet under the thread sanitizer, then the engine under the
-# address and undefined-behaviour sanitizers, then everything with the desktop program in release.
+# address and undefined-behaviour sanitizers, then everything with the desktop program in release, the engine's once more
+# in an order of chance. Fuzzing for a few seconds and the analysis of the source text come last.
 set -eu
 
 cd "$(dirname "$0")"
 tools/install-packages.sh g++ cmake ninja-build libcli11-dev libgtest-dev libgmock-dev \
-    qt6-base-dev libqt6svg6 fonts-dejavu-core xvfb xauth xdotool
+    qt6-base-dev libqt6svg6 fonts-dejavu-core xvfb xauth xdotool \
+    clang libclang-rt-14-dev clang-tidy cppcheck
 
 # The windows need a place of their own and a text encoding, which a bare machine does not set.
 XDG_RUNTIME_DIR=$(mktemp -d)
@@ -21,6 +23,21 @@ run_tests() {  # PRESET TARGET [CTEST-OPTION]...
     ctest --preset "$preset" --parallel 2 "$@"
 }
 
+# ctest gives every test a process of its own; here they share one, so that what one leaves behind meets another.
+run_shuffled() {  # PROGRAM...
+    local program seed=${KALDRA_TEST_SEED:-$((RANDOM % 99999 + 1))}
+    for program in "$@"; do
+        echo "== $program in the order of KALDRA_TEST_SEED=$seed"
+        timeout 600 "build/release/bin/$program" --gtest_shuffle --gtest_random_seed="$seed" --gtest_brief=1
+    done
+}
+
 run_tests tsan kaldra_thread_tests --label-regex threads
 run_tests asan all
 run_tests release all
+run_shuffled kaldra_tests kaldra_thread_tests
+
+echo "== fuzz"
+timeout 900 fuzz/run.sh 2
+echo "== analysis"
+timeout 900 tools/analyse.sh
