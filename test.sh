@@ -1,26 +1,49 @@
 #!/usr/bin/env bash
-# Builds and runs all tests: those in which two threads meet under the thread sanitizer, then the engine under the
-# address and undefined-behaviour sanitizers, then everything with the desktop program in release.
+# Builds and runs all tests: those in which two threads meet under the thread sanitizer; the engine's under the address
+# and undefined-behaviour sanitizers; the analysis of the source text; some seconds of fuzzing; the engine's in release in
+# an order of chance; and at last everything in release, with the desktop program.
 set -eu
 
 cd "$(dirname "$0")"
 tools/install-packages.sh g++ cmake ninja-build libcli11-dev libgtest-dev libgmock-dev \
-    qt6-base-dev libqt6svg6 fonts-dejavu-core xvfb xauth xdotool
+    qt6-base-dev libqt6svg6 fonts-dejavu-core xvfb xauth xdotool \
+    clang libclang-rt-14-dev clang-tidy cppcheck
 
 # The windows need a place of their own and a text encoding, which a bare machine does not set.
 XDG_RUNTIME_DIR=$(mktemp -d)
 export XDG_RUNTIME_DIR LC_ALL=C.UTF-8
 trap 'rm -rf "$XDG_RUNTIME_DIR"' EXIT
 
-run_tests() {  # PRESET TARGET [CTEST-OPTION]...
-    local preset=$1 target=$2 desktop=OFF
-    shift 2
-    [ "$preset" = release ] && desktop=ON
-    tools/build.sh "$preset" "$target" -DKALDRA_TESTS=ON -DKALDRA_DESKTOP=$desktop
+build() {  # PRESET TARGET
+    local desktop=OFF
+    [ "$1" = release ] && desktop=ON
+    tools/build.sh "$1" "$2" -DKALDRA_TESTS=ON -DKALDRA_DESKTOP=$desktop
+}
+
+run_tests() {  # PRESET [CTEST-OPTION]...
+    local preset=$1
+    shift
     echo "== $preset"
     ctest --preset "$preset" --parallel 2 "$@"
 }
 
-run_tests tsan kaldra_thread_tests --label-regex threads
-run_tests asan all
-run_tests release all
+# ctest gives every test a process of its own; here they share one, so that what one leaves behind meets another.
+run_shuffled() {  # PROGRAM...
+    local program seed=${KALDRA_TEST_SEED:-$((RANDOM % 99999 + 1))}
+    for program in "$@"; do
+        echo "== $program in the order of KALDRA_TEST_SEED=$seed"
+        timeout 600 "build/release/bin/$program" --gtest_shuffle --gtest_random_seed="$seed" --gtest_brief=1
+    done
+}
+
+build tsan kaldra_thread_tests
+run_tests tsan --label-regex threads
+build asan all
+run_tests asan
+echo "== analysis"
+timeout 900 tools/analyse.sh
+echo "== fuzz"
+timeout 900 fuzz/run.sh 2
+build release all
+run_shuffled kaldra_tests kaldra_thread_tests
+run_tests release

@@ -329,7 +329,8 @@ int FormElementMatrices(bool& changed) {
                 const LaneBatch lanes = BatchAt(b, kind, batch);
                 const std::size_t inKind = BatchInKind(kind, batch);
                 float* const entries = b.entries.data() + kind.firstEntry + inKind * kind.EntriesPerBatch();
-                float* const loads = b.loads.data() + kind.firstLoad + inKind * kind.LoadsPerBatch();
+                float* const loads =
+                    b.loads.empty() ? nullptr : b.loads.data() + kind.firstLoad + inKind * kind.LoadsPerBatch();
                 if (kernels.evaluate(tables, lanes, settings, hints) || all) {
                     anyFormed.store(true, std::memory_order_relaxed);
                     kernels.form(tables, lanes, settings, entries, loads);

@@ -141,8 +141,9 @@ ChartAxis AxisOfTicks(double first, double last, double step) {
     axis.low = first * step;
     axis.high = last * step;
     const std::string format = LabelFormat(std::max(std::abs(axis.low), std::abs(axis.high)), step);
-    for (double number = first; number <= last; ++number) {
-        axis.ticks.push_back(number * step + 0.0);  // never -0
+    const auto ticks = static_cast<int>(last - first) + 1;
+    for (int i = 0; i < ticks; ++i) {
+        axis.ticks.push_back((first + i) * step + 0.0);  // never -0
         axis.labels.push_back(FormatText(format, axis.ticks.back()));
     }
     return axis;

@@ -70,7 +70,7 @@ constexpr std::int32_t unlimited = std::numeric_limits<std::int32_t>::max();
 
 // Empties a table that `count` rows will fill. Memory is taken only for as many rows as the file can hold.
 template <class Record>
-[[nodiscard]] int BeginTable(const DataFile& in, std::vector<Record>& table, std::int32_t count, int fields) {
+[[nodiscard]] int BeginTable(const DataFile& in, std::vector<Record>& table, std::int32_t count, std::int64_t fields) {
     const std::int64_t fitting = in.file.Size() / (2 * fields);  // a digit and a separator each
     return MakeTable(table, 0) && ReserveTable(table, static_cast<std::size_t>(std::min<std::int64_t>(count, fitting)));
 }

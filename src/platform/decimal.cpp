@@ -135,7 +135,8 @@ bool RoundToDecimals(double value, int decimals, std::uint64_t& digits, int& exp
     const std::uint64_t mantissa = bits << 11U | std::uint64_t{1} << 63U;
     const int e = field - 1023;
     int k = DecimalExponent(e);
-    k += (BinaryExponent(k + 1) == e) & (mantissa > PowerBits(k + 1));  // 10^(k + 1) itself is found below
+    // Without a branch. 10^(k + 1) itself is found below.
+    k += static_cast<int>(BinaryExponent(k + 1) == e) & static_cast<int>(mantissa > PowerBits(k + 1));
     const int q = decimals - k;
     const Wide product = Wide{mantissa} * PowerBits(q);
     const auto shift = static_cast<unsigned>(62 - e - BinaryExponent(q));

@@ -162,7 +162,7 @@ char* PutReal(char* out, const Conversion& conversion, double value) {
     out = Pad(out, conversion, hasSign + mantissaLength + exponentLength);
     if (hasSign) *out++ = negative ? '-' : '+';
     out = PutMantissa(out, digits, decimals);
-    const auto power = static_cast<unsigned>(exponent < 0 ? -exponent : exponent);
+    const auto power = static_cast<std::size_t>(exponent < 0 ? -exponent : exponent);
     out[0] = 'E';
     out[1] = exponent < 0 ? '-' : '+';
     out[2] = static_cast<char>('0' + power / 100);

@@ -141,8 +141,10 @@ Corners CornersOf(const ElementRec& element) {
 
 // True when all corners lie on one side of the line's box; its border does not count as a side.
 bool MissesBox(const Corners& corners, const FluxLine& line) {
-    const auto [left, right] = std::minmax(line.x1, line.x2);
-    const auto [low, high] = std::minmax(line.y1, line.y2);
+    const float left = std::min(line.x1, line.x2);
+    const float right = std::max(line.x1, line.x2);
+    const float low = std::min(line.y1, line.y2);
+    const float high = std::max(line.y1, line.y2);
     const auto all = [&](auto outside) {
         return std::all_of(corners.at.begin(), corners.at.begin() + corners.count, outside);
     };

@@ -92,7 +92,7 @@ struct Options {
 
 // The path as the engine keeps it, or an empty one after a complaint.
 std::string AbsolutePath(const std::string& file) {
-    const std::string path = TruePath(file);
+    std::string path = TruePath(file);
     if (path.empty()) Complain("cannot find the working folder");
     if (path.size() > longestPath) {
         Complain(FormatText("the path has %d characters, %d is the most: %s", static_cast<std::int64_t>(path.size()),
