@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <string_view>
+#include <vector>
 
 #include "convergence/convergence_monitor.h"
 #include "frontend/commands.h"
@@ -39,7 +40,9 @@ struct Console {
     Clock::time_point start = Clock::now();
     Progress progress;
     ConsoleOutcome outcome;
-    std::array<int, 2> events{-1, -1};  // a pipe: read end, write end
+    std::vector<std::string> messageLines;
+    std::vector<std::string> warningLines;  // front end's thread alone
+    std::array<int, 2> events{-1, -1};      // a pipe: read end, write end
 };
 
 Console console;
@@ -109,6 +112,7 @@ void ShowMessage(const MessageBox& box) {
     for (const char c : box.text) c == '\n' ? line.append("\\n") : line.append(1, c);
     const std::scoped_lock lock(console.lock);
     ++console.outcome.messages;
+    console.messageLines.push_back(line);
     EraseProgress();
     Print(stderr, line + '\n');
     DrawProgress();
@@ -204,9 +208,17 @@ void PrintLine(const std::string& line) {
 void PrintWarnings() {
     for (const std::string& text : TakeWarnings()) {
         PrintOnStderr("warning: " + text);
+        console.warningLines.push_back(text);
         ++console.outcome.warnings;
     }
 }
+
+std::vector<std::string> MessagesShown() {
+    const std::scoped_lock lock(console.lock);
+    return console.messageLines;
+}
+
+std::vector<std::string> WarningsShown() { return console.warningLines; }
 
 void Complain(const std::string& sentence) { PrintOnStderr("kaldra-run: " + sentence); }
 
