@@ -30,6 +30,7 @@ struct Extras {
     bool whole = true;         // of exports and balance
     bool recordIsKept = true;  // false once it could not be written
     std::vector<std::string> summary;
+    std::vector<StepRecord> steps;  // the calculation thread's until it has ended, as the record is written meanwhile
     std::int32_t unconverged = 0;
 };
 
@@ -44,7 +45,7 @@ void NoteStep() {
     step.converged = !step.halted && runState.unconvergedSteps == extras.unconverged;
     step.saved = runState.saveStep != 0;
     extras.unconverged = runState.unconvergedSteps;
-    extras.record.steps.push_back(step);
+    extras.steps.push_back(step);
 }
 
 // An export that has failed is given up; the run goes on.
@@ -65,6 +66,7 @@ void NoteExit(const std::string& reason, int exitStatus) {
     RunRecord& record = extras.record;
     record.end = PresentTime();
     record.seconds = std::chrono::duration<double>(Clock::now() - extras.begin).count();
+    record.steps = extras.steps;
     record.messages = MessagesShown();
     record.warnings = WarningsShown();
     record.exitReason = reason;

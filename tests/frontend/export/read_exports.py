@@ -27,6 +27,13 @@ def rows(path):
     return [[float(word) for word in line.split()] for line in lines[rule + 1 :] if line.strip()]
 
 
+def by_element(table):
+    found = {}
+    for row in table:
+        found.setdefault(int(row[0]), []).append(row)
+    return found
+
+
 def area(x, y):
     x, y = np.asarray(x, dtype=float), np.asarray(y, dtype=float)
     return 0.5 * (np.dot(x, np.roll(y, -1)) - np.dot(y, np.roll(x, -1)))
@@ -47,7 +54,7 @@ def check_grid(stem, step, data):
     expected = np.array(rows(f"{stem}.t{step:02d}"), dtype=np.float32)
     assert np.array_equal(grid.point_data["Temperature"], expected[:, 1])
     assert np.array_equal(grid.point_data["HeatFlow"], expected[:, 2])
-    properties, gradients = rows(f"{stem}.r{step:02d}"), rows(f"{stem}.g{step:02d}")
+    properties, gradients = by_element(rows(f"{stem}.r{step:02d}")), by_element(rows(f"{stem}.g{step:02d}"))
     covered = np.zeros(len(elements))
     kinds = set()
     for b, block in enumerate(grid.cells):
@@ -63,10 +70,10 @@ def check_grid(stem, step, data):
             element = elements[number - 1]
             assert field["Material"][i] == int(element[9])
             assert field["Infinite"][i] == (1 if any(word != "0" for word in element[12:14]) else 0)
-            points = [row for row in properties if row[0] == number]
+            points = properties.get(number, [])
             assert field["Null"][i] == (0 if any(row[3] for row in points) else 1)
             if len(points) in (3, 4):  # points of equal weight
-                fluxes = [row[2:4] for row in gradients if row[0] == number]
+                fluxes = [row[2:4] for row in gradients[number]]
                 assert np.allclose(field["Flux"][i][:2], np.mean(fluxes, axis=0), rtol=1e-5, atol=1e-7)
                 for name, column in (("Conductivity", 3), ("UnfrozenWater", 5), ("HeatCapacity", 6)):
                     assert np.isclose(field[name][i], np.mean([row[column] for row in points]), rtol=1e-5), name
