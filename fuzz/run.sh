@@ -31,7 +31,7 @@ fuzz() {  # TARGET
     local time=(-max_total_time="$seconds")
     [ "$seconds" -eq 0 ] && time=(-runs=0)
     "build/fuzz/bin/fuzz_$target" -dict=fuzz/keywords.dict -seed="${KALDRA_FUZZ_SEED:-0}" -max_len=8192 \
-        -timeout=20 -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$findings/$target-" "${time[@]}" \
+        -timeout=60 -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$findings/$target-" "${time[@]}" \
         "$found" "$corpus" >"$log" 2>&1 || status=$?
     if [ $status -ne 0 ]; then
         grep -v '^#' "$log" | tail -n 60

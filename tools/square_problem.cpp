@@ -19,7 +19,7 @@ void WriteSettings(std::ostream& out, int n, SquareKind kind) {
     if (steady) {
         out << "ANALYSIS\n1 1 0.0 1 0.0\nCONVERGE\n50 1.0E-04 0\n";
     } else {
-        out << FormatText("ANALYSIS\n2 1 %.2E 1 0.0\nCONVERGE\n20 0.1 1000000\n", latentHeat);
+        out << FormatText("ANALYSIS\n2 1 %.2E 1 0.0\nCONVERGE\n20 0.1 9999999\n", latentHeat);
     }
     out << FormatText("TIME %d\n", steady ? 0 : steps);
     for (int i = 1; !steady && i <= steps; ++i) {

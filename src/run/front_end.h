@@ -29,6 +29,8 @@ struct FrontEnd {
     // The run.
     void (*RunFinished)(int result) = [](int) {};  // [T] posted; answered by HandleCalcThreadMsg(100, result)
     void (*IterationDone)() = [] {};               // [T] an iteration was measured and recorded
+    void (*StepDone)() = [] {};                    // [T] a step has ended, and its results are written if it is saved;
+                                                   // its temperatures do not yet count as the previous ones
     void (*GraphDataReady)() = [] {};              // [T] answered by DrawGraphData
     void (*ResultsChanged)() = [] {};              // tells other programs that the result files have changed
 

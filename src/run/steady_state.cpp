@@ -31,7 +31,9 @@ namespace kaldra {
     if (!IsRunning() || !WriteGradientResults()) return 0;
     if (!IsRunning() || !ComputeFluxResults()) return 0;
     if (!IsRunning() || !WriteMaterialResults()) return 0;
-    return IsRunning();
+    if (!IsRunning()) return 0;
+    frontEnd.StepDone();
+    return 1;
 }
 
 int RunSteadyState() {

@@ -70,6 +70,7 @@ namespace kaldra {
         if (!IsRunning() || !WriteMaterialResults()) return 0;
         if (!IsRunning()) return 0;
     }
+    frontEnd.StepDone();
     KeepAsPrevious();
     return 1;
 }

@@ -13,11 +13,13 @@
 #include <mutex>
 #include <new>
 #include <string_view>
+#include <vector>
 
 #include "convergence/convergence_monitor.h"
 #include "frontend/commands.h"
 #include "frontend/console/progress.h"
 #include "model/problem_model.h"
+#include "platform/memory.h"
 #include "platform/number_text.h"
 #include "run/front_end.h"
 #include "run/run_state.h"
@@ -40,7 +42,9 @@ struct Console {
     Clock::time_point start = Clock::now();
     Progress progress;
     ConsoleOutcome outcome;
-    std::array<int, 2> events{-1, -1};  // a pipe: read end, write end
+    std::vector<std::string> messageLines;
+    std::vector<std::string> warningLines;  // front end's thread alone
+    std::array<int, 2> events{-1, -1};      // a pipe: read end, write end
 };
 
 Console console;
@@ -119,6 +123,8 @@ void ShowMessage(const MessageBox& box) {
     line[length++] = '\n';
     const std::scoped_lock lock(console.lock);
     ++console.outcome.messages;
+    const std::string_view text(line.data(), length - 1);
+    (void)TryMemory(text.size(), [&] { console.messageLines.emplace_back(text); });  // for the record, where it fits
     EraseProgress();
     Print(stderr, {line.data(), length});
     DrawProgress();
@@ -214,9 +220,17 @@ void PrintLine(const std::string& line) {
 void PrintWarnings() {
     for (const std::string& text : TakeWarnings()) {
         PrintOnStderr("warning: " + text);
+        console.warningLines.push_back(text);
         ++console.outcome.warnings;
     }
 }
+
+std::vector<std::string> MessagesShown() {
+    const std::scoped_lock lock(console.lock);
+    return console.messageLines;
+}
+
+std::vector<std::string> WarningsShown() { return console.warningLines; }
 
 void Complain(const std::string& sentence) { PrintOnStderr("kaldra-run: " + sentence); }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace kaldra {
 
@@ -29,6 +30,10 @@ void PostEvent(ConsoleEvent event);
 void ClearProgressLine();
 
 [[nodiscard]] ConsoleOutcome OutcomeOfRun();
+
+// The messages and the warnings that were printed, as they stood on the screen without their "warning: ".
+[[nodiscard]] std::vector<std::string> MessagesShown();
+[[nodiscard]] std::vector<std::string> WarningsShown();
 
 // Prints a line of the program's own on stdout, unless it is to be quiet.
 void Report(const std::string& line);

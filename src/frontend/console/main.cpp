@@ -4,6 +4,8 @@
 // for a signal. Signals reach it as events, so that the commands Stop and Halt Iteration run where they belong.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -11,10 +13,12 @@
 #include <map>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "check/check.h"
 #include "frontend/commands.h"
 #include "frontend/console/console.h"
+#include "frontend/console/run_extras.h"
 #include "model/file_names.h"
 #include "model/problem_model.h"
 #include "platform/files.h"
@@ -88,6 +92,8 @@ struct Options {
     int threads = 0;  // 0: not given
     bool quiet = false;
     bool strict = false;
+    std::vector<std::string> exports;
+    bool balance = false;
 };
 
 // The path as the engine keeps it, or an empty one after a complaint.
@@ -106,6 +112,10 @@ std::string AbsolutePath(const std::string& file) {
 bool IsNameOfOutput(std::string_view name) {
     const std::string_view extension = name.substr(name.rfind('.') + 1);
     if (extension == "cnp" || extension == "lkp") return true;
+    constexpr std::array others{".run.json",         ".balance.csv",  ".vtu",           ".pvd",      ".nodes.csv",
+                                ".points.csv",       ".sections.csv", ".histories.csv", ".thaw.csv", ".trumpet.csv",
+                                ".thaw-deepest.csv", ".xlsx",         ".part"};
+    if (std::ranges::any_of(others, [&](std::string_view ending) { return name.ends_with(ending); })) return true;
     const std::size_t letter = std::string_view("tgrjmvf").find(extension.empty() ? '\0' : extension.front());
     if (letter == std::string_view::npos) return false;
     const std::string_view rest = extension.substr(1);
@@ -204,6 +214,7 @@ void WaitForEnd() {
                 break;
             case ConsoleEvent::RunFinished:
                 ClearProgressLine();
+                EndExtras(OutcomeOfRun().result == 1);
                 return HandleCalcThreadMsg(runFinishedMessage, OutcomeOfRun().result);
         }
     }
@@ -220,14 +231,69 @@ void ShowSummary(Clock::time_point begun) {
                       threads == 1 ? "thread" : "threads", seconds));
 }
 
+// What the end of a run that was waited for comes to.
+struct Ending {
+    ExitStatus status = exitFailed;
+    int signal = 0;
+    std::string reason;
+};
+
+Ending EndingOf(const Options& options, std::int32_t kind, int messagesOfStart) {
+    const ConsoleOutcome outcome = OutcomeOfRun();
+    if (outcome.result == 1) {
+        if (!ResultsAreWhole()) {
+            Complain("the analysis came to its end, but its results are not whole");
+            return {exitFailed, 0, "finished, but its results are not whole"};
+        }
+        if (!ExtrasAreWhole()) {
+            Complain("the analysis came to its end, but not every file that was asked for could be made");
+            return {exitFailed, 0, "finished, but not every file that was asked for could be made"};
+        }
+        const bool doubtful = outcome.warnings > 0 || outcome.messages > 0;
+        return {options.strict && doubtful ? exitDoubtful : exitDone, 0, "finished"};
+    }
+    if (kind != steadyState && kind != transient) {
+        Complain(FormatText("analysis type %d is neither 1 (steady state) nor 2 (transient)", kind));
+    } else if (stopSignal != 0 && outcome.messages == messagesOfStart) {
+        return {exitSignal, stopSignal, FormatText("stopped by signal %d", stopSignal.load())};
+    }
+    return {exitFailed, 0, "failed"};
+}
+
+// Runs the open document.
+int RunDocument(const Options& options, const std::string& path, Clock::time_point begun) {
+    const std::int32_t kind = model.analysisType;
+    NoteDocument(path);
+    const bool started = Start() == 1;
+    PrintWarnings();
+    if (!started) {
+        NoteFailedStart(exitFailed);
+        return exitFailed;
+    }
+    const int messagesOfStart = OutcomeOfRun().messages;
+    runExists = true;
+    NoteBegin();
+    WaitForEnd();
+    PrintWarnings();
+    if (OutcomeOfRun().result == 1) ShowSummary(begun);
+    ReportExtras();
+    const Ending ending = EndingOf(options, kind, messagesOfStart);
+    return NoteEnd(ending.reason, ending.status + ending.signal);
+}
+
 int Run(const Options& options) {
     const Clock::time_point begun = Clock::now();
     const std::string path = AbsolutePath(options.file);
-    if (path.empty() || !NamesADataFile(path) || !OpenDataFile(path)) {
+    if (path.empty() || !NamesADataFile(path)) {
         PrintWarnings();
         return exitFailed;
     }
-    const std::int32_t kind = model.analysisType;
+    if (!OpenDataFile(path)) {
+        PrintWarnings();
+        NoteDocument(path);
+        NoteFailedStart(exitFailed);
+        return exitFailed;
+    }
     int refused = exitDone;
     if (options.resume) {
         const bool goesOn = PrepareResume(options, refused);
@@ -236,31 +302,12 @@ int Run(const Options& options) {
     } else {
         refused = PrepareStart(options);
     }
-    if (refused != exitDone) return refused;
-    const bool started = Start() == 1;
-    PrintWarnings();
-    if (!started) return exitFailed;
-    const int messagesOfStart = OutcomeOfRun().messages;
-    runExists = true;
-    WaitForEnd();
-    PrintWarnings();
+    return refused != exitDone ? refused : RunDocument(options, path, begun);
+}
 
-    const ConsoleOutcome outcome = OutcomeOfRun();
-    if (outcome.result == 1) {
-        ShowSummary(begun);
-        if (!ResultsAreWhole()) {
-            Complain("the analysis came to its end, but its results are not whole");
-            return exitFailed;
-        }
-        const bool doubtful = outcome.warnings > 0 || outcome.messages > 0;
-        return options.strict && doubtful ? exitDoubtful : exitDone;
-    }
-    if (kind != steadyState && kind != transient) {
-        Complain(FormatText("analysis type %d is neither 1 (steady state) nor 2 (transient)", kind));
-    } else if (stopSignal != 0 && outcome.messages == messagesOfStart) {
-        return exitSignal + stopSignal;
-    }
-    return exitFailed;
+WantedExtras ExtrasOf(const Options& options, int argc, char** argv) {
+    const auto wants = [&](const char* format) { return std::ranges::count(options.exports, format) > 0; };
+    return {wants("vtu"), wants("csv"), options.balance, {argv, argv + argc}};
 }
 
 int RunProgram(int argc, char** argv) {
@@ -275,9 +322,16 @@ int RunProgram(int argc, char** argv) {
     CLI::Option* const resume =
         app.add_flag("--resume", options.resume, "go on behind the last results that an interrupted run left whole")
             ->option_text(" ");
+    CLI::Option* const exports = app.add_option("--export", options.exports,
+                                                "also make files for other programs as the steps are saved: vtu, csv")
+                                     ->option_text("FORMAT[,FORMAT]")
+                                     ->delimiter(',')
+                                     ->check(CLI::IsMember({"vtu", "csv"}));
+    CLI::Option* const balance =
+        app.add_flag("--balance", options.balance, "also write the heat balance of every step")->option_text(" ");
     app.add_flag("--check", options.check, "list what is wrong or doubtful in the file, and run nothing")
         ->option_text(" ")
-        ->excludes(startStep, initial, resume);
+        ->excludes(startStep, initial, resume, exports, balance);
     app.add_option("--solver", options.solver, "how to solve the systems (default: the better one)")
         ->option_text("skyline|sparse")
         ->transform(CLI::CheckedTransformer(
@@ -309,6 +363,7 @@ int RunProgram(int argc, char** argv) {
         return exitUsage;
     }
     ConnectConsole(options.quiet);
+    ConnectExtras(ExtrasOf(options, argc, argv));
     CatchSignals();
     SetThreadCount(options.threads);
     WishSolver(options.solver);

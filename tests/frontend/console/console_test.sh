@@ -188,6 +188,7 @@ many_sections() {
     run 0 -q a.kdr
     mkdir whole
     mv a.[tgrjc]* whole
+    rm whole/a.run.json # tells of each run alone
 }
 
 # ended NAME STATUS FOLDER: a run that ends well has left what it leaves undisturbed; any other has said why.
@@ -195,6 +196,7 @@ ended() {
     local file
     if [ "$2" = 0 ]; then
         for file in whole/*; do cmp "$file" "$3/${file#*/}" || fail "$1: exit 0, and ${file#*/} is not whole"; done
+        python3 -m json.tool "$3/a.run.json" >/dev/null || fail "$1: exit 0, and a.run.json is not whole"
     else
         [ "$2" = 1 ] || fail "$1: exit $2"
         grep -Eq "error 1192: |error 10[0-9]{2}: " both || fail "$1: $(cat both)"
@@ -368,8 +370,9 @@ kill_and_resume() {
     done
     run 0 --resume "work/$name.kdr"
     run 0 --resume "again/$name.kdr"
+    rm again/*.run.json # tells of each run alone
     for file in again/*; do cmp "$file" "work/${file#*/}" || fail "two resumed runs differ, killed after $delay us"; done
-    for file in "whole/$name".[tgrj]*; do
+    for file in "whole/$name".[tgrj][0-9i]*; do
         [ "$(wc -l <"$file")" = "$(wc -l <"work/${file#*/}")" ] || fail "work/${file#*/} is not whole"
     done
     for file in "whole/$name".t[0-9]*; do close_to "$file" "work/${file#*/}"; done
@@ -413,6 +416,88 @@ halts_by_signal() {
     has out "Halting iteration and writing files to complete time step..."
     there a.t00
     gone a.lkp
+}
+
+# record EXPRESSION...: each is true of a.run.json, as r.
+record() {
+    local expression
+    for expression in "$@"; do
+        python3 -c 'import json, sys; r = json.load(open("a.run.json")); sys.exit(not eval(sys.argv[1]))' "$expression" ||
+            fail "a.run.json: not $expression: $(head -c 2000 a.run.json)"
+    done
+}
+
+leaves_a_record() {
+    problem 9 0.01 >a.kdr
+    run 0 --threads 1 --solver sparse a.kdr
+    record "r['exit'] == {'reason': 'finished', 'status': 0, 'step_under_way': None}" "r['threads'] == 1" \
+        "r['solver'] == 'sparse'" "r['data_file']['sha256'] == '$(sha256sum a.kdr | cut -d ' ' -f 1)'" \
+        "r['data_file']['path'] == '$PWD/a.kdr'" "r['command_line'][1:] == ['--threads', '1', '--solver', 'sparse', 'a.kdr']" \
+        "r['steps'] == [{'step': 0, 'elapsed': 0, 'iterations': 2, 'converged': True, 'halted': False, 'saved': True}]" \
+        "r['messages'] == r['warnings'] == []" "'$("$program" --version)' == 'kaldra-run ' + r['version']" \
+        "len(r['commit'].rstrip('+')) == 40 or r['commit'] == 'unknown'" "r['begin'] <= r['end']" \
+        "r['initial_temperatures'] is None"
+    problem 1 0.01 >a.kdr # not converged
+    run 4 --strict a.kdr
+    record "r['exit']['status'] == 4" "r['steps'][0]['converged'] is False" "'without converging' in r['warnings'][0]"
+    problem 9 0.01 | sed 's/^2 6 5 3 4/2 4 3 5 6/' >a.kdr # fails under way
+    run 1 a.kdr
+    record "r['exit'] == {'reason': 'failed', 'status': 1, 'step_under_way': 0}" "r['steps'] == []" \
+        "r['messages'][0].startswith('error 1194: Area of finite element #2')"
+    problem 9 0.01 | sed 's/^2 6 5.*/2 6 5 3/' >a.kdr # a start that fails leaves the record of what is there,
+    run 1 a.kdr
+    record "r['exit']['reason'] == 'failed'"
+    rm a.run.json # or makes one
+    run 1 a.kdr
+    record "r['exit'] == {'reason': 'the start failed', 'status': 1, 'step_under_way': None}" \
+        "r['messages'][0].startswith('error 1150: ')"
+    starts
+    until [ -e a.run.json ] && grep -q 'under way' a.run.json; do sleep 0.02; done
+    record "r['exit'] == {'reason': 'under way', 'status': None, 'step_under_way': None}" "r['end'] is None"
+    kill -TERM "$pid"
+    wait "$pid"
+    record "r['exit']['reason'] == 'stopped by signal 15'" "r['exit']['status'] == 143"
+    starts
+    kill -USR1 "$pid"
+    wait "$pid" || fail "exit $? of a halted run"
+    record "r['steps'][0]['halted'] and not r['steps'][0]['converged']" "r['steps'][0]['iterations'] > 1"
+    mkdir b.run.json # a record that cannot be written
+    problem 9 0.01 >b.kdr
+    run 1 b.kdr
+    has err "error 5003: This file cannot be written:\\n$PWD/b.run.json"
+    there b.t00
+    for name in c.run.json c.balance.csv c.00.vtu; do
+        problem 9 0.01 >$name
+        run 1 $name
+        has err "a run writes and deletes files of this name"
+    done
+}
+
+# What is made as the steps are saved is what kaldra-export makes of them, also over a restart.
+exports_and_balances() {
+    local name=thermosyphon-pile export
+    export=$(dirname "$program")/kaldra-export
+    mkdir at-once after
+    cp "$examples/$name/$name.kdr" at-once
+    run 0 --export vtu,csv --balance "at-once/$name.kdr"
+    has out "Heat balance: "
+    has out "$PWD/at-once/$name.balance.csv"
+    has err "the heat balance misses by"
+    [ "$(grep -c '^[0-9]' "at-once/$name.balance.csv")" = 104 ] || fail "not every step has its balance"
+    cp at-once/*.kdr at-once/*.[tgrj][0-9]* after
+    "$export" "after/$name.kdr" --to vtu,csv >out 2>err || fail "kaldra-export: $(cat err)"
+    [ "$(wc -l <out)" -gt 26 ] || fail "listed: $(cat out)"
+    while read -r file; do cmp "$file" "at-once/${file##*/}" || fail "$file"; done <out
+    run 0 -q --start-step 101 --export csv "after/$name.kdr"
+    cut -d, -f1 "after/$name.histories.csv" | cmp - <(cut -d, -f1 "at-once/$name.histories.csv") || fail "steps are lost"
+    problem 9 0.01 >a.kdr
+    mkdir a.nodes.csv
+    run 1 --export csv a.kdr
+    has err "not every file that was asked for could be made"
+    there a.t00
+    ls -- *.part 2>/dev/null && fail "parts are left"
+    run 2 --export xlsx a.kdr
+    run 2 --check --balance a.kdr
 }
 
 "$2"
