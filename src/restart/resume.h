@@ -1,8 +1,6 @@
 // Where an interrupted run goes on: behind the last saved step whose result files are all whole.
 //
-// A file is whole when it has the header of its step, all its rows, each with all its numbers, the end of the last line
-// and nothing behind it. So what a killed run was writing is never taken for a result. Front end's thread, with a data
-// file open and its lock held.
+// step_results tells what is whole. Front end's thread, with a data file open and its lock held.
 #pragma once
 
 #include <cstdint>
