@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -154,6 +155,11 @@ bool IsNewerThan(const std::string& path, const std::string& other) {
     struct stat b {};
     if (::stat(path.c_str(), &a) != 0 || ::stat(other.c_str(), &b) != 0) return false;
     return std::pair(a.st_mtim.tv_sec, a.st_mtim.tv_nsec) > std::pair(b.st_mtim.tv_sec, b.st_mtim.tv_nsec);
+}
+
+bool RenameFile(const std::string& from, const std::string& to) {
+    if (Rehearsed()) return false;
+    return std::rename(from.c_str(), to.c_str()) == 0 || Failed(errno);
 }
 
 bool CopyFile(const std::string& from, const std::string& to) {

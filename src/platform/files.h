@@ -77,6 +77,8 @@ inline constexpr ClearBuf clearbuf;
 
 [[nodiscard]] bool FileExists(const std::string& path);
 [[nodiscard]] bool DeleteFile(const std::string& path);
+// Gives a file another name in its file system, in place of any older file of that name; others see the one or the other.
+[[nodiscard]] bool RenameFile(const std::string& from, const std::string& to);
 // True if `path` was written to later than `other`; false where that cannot be told.
 [[nodiscard]] bool IsNewerThan(const std::string& path, const std::string& other);
 // Copies a file's bytes over `to`, in place of any older file.

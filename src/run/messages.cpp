@@ -139,6 +139,7 @@ constexpr std::array strings{
                    "Another run on this data file is under way.\nWait for its end or stop it, or start on a copy of "
                    "the file in another folder."},
     NumberedString{5002, "This result file is missing, not whole, or of another mesh or time:\n"},
+    NumberedString{5003, "This file cannot be written:\n"},
 };
 
 constexpr bool ByNumber(const NumberedString& a, const NumberedString& b) { return a.number < b.number; }

@@ -1,0 +1,101 @@
+#!/usr/bin/env bash
+# Runs kaldra-export as a user does, and has its files read back by other programs.
+#
+#     export_test.sh KALDRA-RUN KALDRA-EXPORT CASE
+set -u
+run=$1
+export=$2
+here=$(cd "$(dirname "$0")" && pwd)
+examples=$here/../../../examples
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work" || exit 1
+
+failures=0
+fail() { echo "FAILED: $*"; failures=$((failures + 1)); }
+
+# export_as STATUS [ARGUMENT]... leaves the output in the files out and err.
+export_as() {
+    local wanted=$1 status=0
+    shift
+    "$export" "$@" >out 2>err </dev/null || status=$?
+    [ "$status" = "$wanted" ] || fail "$*: exit $status instead of $wanted; $(cat err)"
+}
+has() { grep -qF -- "$2" "$1" || fail "$1 lacks '$2': $(cat "$1")"; }
+gone() { [ ! -e "$1" ] || fail "$1 is there"; }
+example() { cp "$examples/$1/$1.kdr" . && "$run" -q "$1.kdr" >/dev/null 2>&1 || fail "the run of $1"; }
+python=$(for p in python3 /usr/bin/python3; do "$p" -c 'import meshio, numpy' 2>/dev/null && echo "$p" && break; done)
+read_back() { "$python" "$here/read_exports.py" "$@" >read 2>&1 || fail "$*: $(cat read)"; }
+[ -n "$python" ] || fail "no Python with meshio: install python3-meshio"
+
+grids_are_read_back() {
+    example heated-slab # all kinds of elements
+    export_as 0 heated-slab.kdr --to vtu
+    [ "$(cat out)" = "$PWD/heated-slab.00.vtu"$'\n'"$PWD/heated-slab.pvd" ] || fail "listed: $(cat out)"
+    read_back grids heated-slab.kdr
+    for kind in quad quad8 triangle triangle6; do has read "$kind"; done
+    example chilled-pipe # infinite elements
+    export_as 0 chilled-pipe.kdr --to vtu
+    read_back grids chilled-pipe.kdr
+    example thermosyphon-pile # NULL elements
+    export_as 0 thermosyphon-pile.kdr --to vtu
+    read_back grids thermosyphon-pile.kdr
+    ls | grep -F .part && fail "parts are left"
+}
+
+tables_and_workbook_are_read_back() {
+    for name in chilled-pipe thermosyphon-pile; do
+        example $name
+        export_as 0 $name.kdr --to csv,xlsx
+        read_back tables $name.kdr
+        read_back workbook $name.kdr
+    done
+    example road-embankment
+    export_as 0 road-embankment.kdr --to csv --to xlsx --step 100
+    read_back workbook road-embankment.kdr
+    has read Sections
+    # The section's own line of the result file.
+    total=$(sed -n 's/^Section     2 : *\([^ ]*\) .*/\1/p' road-embankment.j100)
+    awk -F, -v total="$total" '$3 == 2 && $4 == "" && ($5 - total) ^ 2 < 1e-8 * total ^ 2 { found = 1 }
+        END { exit !found }' road-embankment.sections.csv || fail "no total $total in $(head -5 road-embankment.sections.csv)"
+}
+
+thaw_tables_are_made() {
+    example road-embankment
+    export_as 0 road-embankment.kdr --thaw-depth 0,5.5
+    [ "$(cat out)" = "$(printf "$PWD/road-embankment.%s.csv\n" thaw thaw-deepest trumpet)" ] || fail "listed: $(cat out)"
+    # Three years at two places; the crossings of the last row's step and place include the depth.
+    [ "$(grep -c '^[123],' road-embankment.thaw-deepest.csv)" = 6 ] || fail "$(cat road-embankment.thaw-deepest.csv)"
+    IFS=, read -r _ _ _ x step time depth _ < <(tail -n 1 road-embankment.thaw-deepest.csv)
+    grep -q "^$step,$time,$x,.*,$depth,thawed$" road-embankment.thaw.csv || fail "no crossing at $depth"
+    export_as 1 road-embankment.kdr --thaw-depth=-0.5
+    has err "no active element lies on the vertical at x = -0.5"
+}
+
+refuses() {
+    example heated-slab
+    export_as 2 heated-slab.kdr
+    has err "nothing to make"
+    export_as 2 heated-slab.kdr --to vtk
+    export_as 2 heated-slab.kdr --to vtu --step x
+    export_as 2 heated-slab.kdr --thaw-depth nan
+    export_as 1 heated-slab.kdr --to vtu --step 3
+    has err "step 3 has no whole results; there are those of 0"
+    export_as 1 none.kdr --to vtu
+    has err "error 1020: "
+    chmod a-w . && [ "$(id -u)" != 0 ] && { export_as 1 heated-slab.kdr --to vtu,csv,xlsx; has err "error 5003: "; }
+    chmod u+w .
+    mkdir heated-slab.xlsx heated-slab.nodes.csv
+    export_as 1 heated-slab.kdr --to xlsx
+    has err "error 5003: This file cannot be written:\\n$PWD/heated-slab.xlsx"
+    export_as 1 heated-slab.kdr --to csv
+    has err "error 5003: This file cannot be written:\\n$PWD/heated-slab.nodes.csv"
+    truncate -s -1 heated-slab.g00
+    export_as 1 heated-slab.kdr --to vtu
+    has err "no saved step"
+    gone heated-slab.00.vtu
+    ls | grep -F .part && fail "parts are left"
+}
+
+"$3"
+exit $((failures > 0))
