@@ -119,9 +119,9 @@ Probe ProbeAt(const Scene& scene, const StepResults* results, double x, double y
     return probe;
 }
 
-std::vector<std::vector<LineSample>> SampleLine(const Scene& scene, double x1, double y1, double x2, double y2,
-                                                std::int32_t count) {
-    std::vector<std::vector<LineSample>> pieces;
+std::vector<std::vector<SectionSample>> SampleLine(const Scene& scene, double x1, double y1, double x2, double y2,
+                                                   std::int32_t count) {
+    std::vector<std::vector<SectionSample>> pieces;
     bool inside = false;
     for (std::int32_t i = 0; i <= count && scene.hasStep; ++i) {
         const double part = static_cast<double>(i) / count;

@@ -22,14 +22,14 @@ struct Probe {
 // `results`: of the scene's step; null without one, and temperatures are then 0.
 [[nodiscard]] Probe ProbeAt(const Scene& scene, const StepResults* results, double x, double y);
 
-struct LineSample {
+struct SectionSample {
     double distance = 0;  // from the beginning of the line
     double temperature = 0;
 };
 
 // Temperatures at `count` equal steps along the line, in pieces: what is outside the mesh or NULL parts them.
-[[nodiscard]] std::vector<std::vector<LineSample>> SampleLine(const Scene& scene, double x1, double y1, double x2,
-                                                              double y2, std::int32_t count = 400);
+[[nodiscard]] std::vector<std::vector<SectionSample>> SampleLine(const Scene& scene, double x1, double y1, double x2,
+                                                                 double y2, std::int32_t count = 400);
 
 // Number of the node nearest to a place that belongs to a cell, 0 if none is within `reach`.
 [[nodiscard]] std::int32_t NearestNode(const Scene& scene, double x, double y, double reach);

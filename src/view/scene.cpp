@@ -7,6 +7,8 @@
 
 #include "element/element_geometry.h"
 #include "platform/memory.h"
+#include "platform/narrow.h"
+#include "post/local_point.h"
 #include "post/result_set.h"
 
 namespace kaldra {
@@ -26,25 +28,6 @@ std::int32_t SidesOf(const ElementRec& element) {
 // ---------------------------------------------------------------------------------------------------------------------
 // Positions
 
-// Geometry functions of an infinite element at (r, s), on its coordinates from the pole.
-ScenePoint InfinitePosition(const ElementRec& element, const ElementCoordinates& xy, float r, float s) {
-    SlotValues M{};
-    const bool both = element.infiniteR != 0 && element.infiniteS != 0;
-    if (both) {
-        MappingFunctions2(M, r, s);
-    } else {
-        MappingFunctions1(M, r, s);
-    }
-    ScenePoint at;
-    for (std::size_t slot = 0; slot < slotCount; ++slot) {
-        at.x += M[slot] * xy[2 * slot];
-        at.y += M[slot] * xy[2 * slot + 1];
-    }
-    if (element.infiniteR != 0) at.x += model.poleX;
-    if (element.infiniteS != 0) at.y += model.poleY;
-    return at;
-}
-
 float Interpolated(const SlotValues& N, const ElementRec& element, std::span<const float> temperatures) {
     float value = 0;
     for (std::size_t slot = 0; slot < slotCount; ++slot) {
@@ -62,6 +45,11 @@ ScenePoint FinitePosition(const ElementRec& element, const SlotValues& N) {
         at.y += N[slot] * node.y;
     }
     return at;
+}
+
+ScenePoint InfinitePosition(const SceneCell& cell, const std::array<float, 2>& local) {
+    const LocalPoint at = PointAt(cell.element, static_cast<double>(local[0]), static_cast<double>(local[1]));
+    return {Narrow(at.x), Narrow(at.y), 0};
 }
 
 // The local coordinate at which the mapping is `reach` beyond the near side, `away` from the pole.
@@ -385,10 +373,8 @@ const CellGrid& GridOf(Scene& scene, const SceneCell& cell, std::int32_t perSide
 void PlaceGrid(const Scene& scene, const SceneCell& cell, const CellGrid& grid, std::vector<ScenePoint>& points) {
     const ElementRec& element = model.elements[cell.element];
     points.resize(grid.N.size());
-    ElementCoordinates xy{};
-    if (cell.kind == CellKind::Infinite) GetElementCoordinates(cell.element, xy);
     for (std::size_t i = 0; i < points.size(); ++i) {
-        points[i] = cell.kind == CellKind::Infinite ? InfinitePosition(element, xy, grid.local[i][0], grid.local[i][1])
+        points[i] = cell.kind == CellKind::Infinite ? InfinitePosition(cell, grid.local[i])
                                                     : FinitePosition(element, grid.N[i]);
         points[i].temperature = scene.hasStep ? Interpolated(grid.N[i], element, scene.temperatures) : 0;
     }

@@ -135,7 +135,7 @@ TEST_F(Probes, ALineIsPartedWhereNothingConducts) {
     EXPECT_NEAR(pieces[0].back().distance, 2 * length / 5, length / 400);
     EXPECT_NEAR(pieces[1].back().distance, 4 * length / 5, length / 400);
     for (const auto& piece : pieces) {
-        for (const LineSample& sample : piece) {
+        for (const SectionSample& sample : piece) {
             const double part = sample.distance / length;
             EXPECT_NEAR(sample.temperature, 1 + 2 * (5 * part - 1) + 4 * part, 1e-3);
         }
