@@ -4,8 +4,8 @@
 set -eu
 
 cd "$(dirname "$0")"
-tools/install-packages.sh g++ cmake ninja-build libcli11-dev libgtest-dev libgmock-dev \
-    qt6-base-dev libqt6svg6 fonts-dejavu-core xvfb xauth xdotool
+tools/install-packages.sh g++ cmake ninja-build libcli11-dev pkg-config libcairo2-dev libgtest-dev libgmock-dev \
+    qt6-base-dev libqt6svg6 fonts-dejavu-core xvfb xauth xdotool dbus imagemagick
 
 # The windows need a place of their own and a text encoding, which a bare machine does not set.
 XDG_RUNTIME_DIR=$(mktemp -d)

@@ -52,7 +52,7 @@ bool IsShown(const Canvas& canvas, const SceneCell& cell) {
 // Pieces per side for a cell of this size: straight edges with a linear field need one.
 std::int32_t PiecesFor(const Canvas& canvas, const SceneCell& cell, double fineness) {
     const std::int32_t* const nodes = model.elements[cell.element].nodes;
-    const bool plain = cell.kind != CellKind::Infinite &&
+    const bool plain = cell.kind != SceneKind::Infinite &&
                        std::all_of(nodes + 4, nodes + slotCount, [](std::int32_t n) { return n <= 0; });
     if (plain && cell.sides != 4) return 1;
     constexpr double pixelsPerPiece = 6;
@@ -144,6 +144,10 @@ PicturePoint At(const Canvas& canvas, std::uint16_t point) {
     return canvas.place.ToPicture(p.x, p.y);
 }
 
+bool IsStraight(const SceneCell& cell, std::int32_t side) {
+    return cell.kind != SceneKind::Infinite && model.elements[cell.element].nodes[4 + side] <= 0;
+}
+
 void DrawBorders(Canvas& canvas) {
     for (const SceneSide& border : canvas.scene.borders) {
         const SceneCell& cell = canvas.scene.cells[border.cell];
@@ -151,7 +155,8 @@ void DrawBorders(Canvas& canvas) {
         const CellGrid& grid = PlacedGrid(canvas, cell);
         std::vector<PicturePoint> line;
         const std::int32_t first = border.side * grid.perSide;
-        for (std::int32_t i = first; i <= first + grid.perSide; ++i) {
+        const std::int32_t step = IsStraight(cell, border.side) ? grid.perSide : 1;
+        for (std::int32_t i = first; i <= first + grid.perSide; i += step) {
             line.push_back(At(canvas, grid.rim[static_cast<std::size_t>(i)]));
         }
         AddLine(canvas.picture, std::move(line), borderColour, 1.3);

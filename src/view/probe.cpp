@@ -32,7 +32,7 @@ bool FindLocal(const SceneCell& cell, double x, double y, LocalPlace& local) {
     if (element.infiniteR != 0) x -= static_cast<double>(model.poleX);
     if (element.infiniteS != 0) y -= static_cast<double>(model.poleY);
     local = cell.sides == 3 ? LocalPlace{1.0 / 3, 1.0 / 3} : LocalPlace{0, 0};
-    if (cell.kind == CellKind::Infinite) local = {-0.9, cell.openSides == 0b1001U ? -0.9 : 0};
+    if (cell.kind == SceneKind::Infinite) local = {-0.9, cell.openSides == 0b1001U ? -0.9 : 0};
     for (int step = 0; step < 25; ++step) {
         PointGeometry at{};
         const IntegrationPoint point{static_cast<float>(local.r), static_cast<float>(local.s), 0, 0};
@@ -45,7 +45,7 @@ bool FindLocal(const SceneCell& cell, double x, double y, LocalPlace& local) {
         }
         const double dr = dx * static_cast<double>(at.inverse[0]) + dy * static_cast<double>(at.inverse[2]);
         const double ds = dx * static_cast<double>(at.inverse[1]) + dy * static_cast<double>(at.inverse[3]);
-        local.r = std::clamp(local.r + dr, -3.0, cell.kind == CellKind::Infinite ? 0.99 : 3.0);
+        local.r = std::clamp(local.r + dr, -3.0, cell.kind == SceneKind::Infinite ? 0.99 : 3.0);
         local.s = std::clamp(local.s + ds, -3.0, cell.openSides == 0b1001U ? 0.99 : 3.0);
         if (std::abs(dr) + std::abs(ds) < 1e-5) return IsInside(cell, local);
     }

@@ -63,7 +63,7 @@ float LocalEnd(float away, float reach) {
 
 void SetBounds(SceneCell& cell, const ElementRec& element) {
     bool first = true;
-    const std::size_t slots = cell.kind == CellKind::Infinite ? 0 : slotCount;
+    const std::size_t slots = cell.kind == SceneKind::Infinite ? 0 : slotCount;
     for (std::size_t slot = 0; slot < slots; ++slot) {
         if (element.nodes[slot] <= 0) continue;
         const NodeRec& node = model.nodes[IndexOf(element.nodes[slot])];
@@ -107,10 +107,10 @@ bool SetInfinity(SceneCell& cell, const ElementRec& element, float reach) {
     SceneCell cell;
     cell.element = e;
     cell.takesPart = !IsNullElement(element);
-    cell.kind = IsInfinite(element) ? CellKind::Infinite : cell.takesPart ? CellKind::Active : CellKind::Null;
+    cell.kind = IsInfinite(element) ? SceneKind::Infinite : cell.takesPart ? SceneKind::Active : SceneKind::Null;
     cell.sides = SidesOf(element);
     if (cell.sides == 0) return 1;
-    if (cell.kind == CellKind::Infinite && !SetInfinity(cell, element, reach)) return 1;
+    if (cell.kind == SceneKind::Infinite && !SetInfinity(cell, element, reach)) return 1;
     SetBounds(cell, element);
     return AppendRecord(scene.cells, cell);
 }
@@ -128,7 +128,7 @@ void SetInfiniteBounds(Scene& scene, SceneCell& cell) {
 
 void TakeBounds(Scene& scene, bool infinite) {
     for (const SceneCell& cell : scene.cells) {
-        if ((cell.kind == CellKind::Infinite) != infinite) continue;
+        if ((cell.kind == SceneKind::Infinite) != infinite) continue;
         scene.left = std::min(scene.left, cell.left);
         scene.right = std::max(scene.right, cell.right);
         scene.bottom = std::min(scene.bottom, cell.bottom);
@@ -315,7 +315,7 @@ int BuildScene(Scene& scene) {
         if (!AddCell(scene, e, reach)) return 0;
     }
     for (SceneCell& cell : scene.cells) {
-        if (cell.kind == CellKind::Infinite) SetInfiniteBounds(scene, cell);
+        if (cell.kind == SceneKind::Infinite) SetInfiniteBounds(scene, cell);
     }
     if (!scene.cells.empty()) {
         scene.left = scene.bottom = std::numeric_limits<float>::max();
@@ -324,7 +324,7 @@ int BuildScene(Scene& scene) {
         TakeBounds(scene, true);
     }
     for (SceneCell& cell : scene.cells) {
-        if (cell.kind != CellKind::Infinite) WidenBounds(cell);
+        if (cell.kind != SceneKind::Infinite) WidenBounds(cell);
     }
     return FindBorders(scene) && FindBoundaryNodes(scene);
 }
@@ -334,7 +334,7 @@ int SetSceneStep(Scene& scene, const StepResults& results) {
     std::ranges::transform(results.nodes, scene.temperatures.begin(), &NodeResult::temperature);
     scene.arrows.clear();
     for (const SceneCell& cell : scene.cells) {
-        if (cell.kind == CellKind::Active && cell.sides > 1 && !AddArrows(scene, cell, results)) return 0;
+        if (cell.kind == SceneKind::Active && cell.sides > 1 && !AddArrows(scene, cell, results)) return 0;
     }
     if (!MakeTable(scene.sections, results.sections.size())) return 0;
     std::ranges::copy(results.sections, scene.sections.begin());
@@ -360,7 +360,7 @@ bool TemperatureRange(const Scene& scene, std::span<const float> temperatures, f
 
 const CellGrid& GridOf(Scene& scene, const SceneCell& cell, std::int32_t perSide) {
     const std::int32_t pieces = std::clamp(perSide, 1, mostPieces);
-    if (cell.kind == CellKind::Infinite) {
+    if (cell.kind == SceneKind::Infinite) {
         constexpr std::uint32_t ownGrid = 0;  // its far sides are its own: nothing is kept
         return scene.grids[ownGrid] = CutCell(cell, pieces);
     }
@@ -374,7 +374,7 @@ void PlaceGrid(const Scene& scene, const SceneCell& cell, const CellGrid& grid, 
     const ElementRec& element = model.elements[cell.element];
     points.resize(grid.N.size());
     for (std::size_t i = 0; i < points.size(); ++i) {
-        points[i] = cell.kind == CellKind::Infinite ? InfinitePosition(cell, grid.local[i])
+        points[i] = cell.kind == SceneKind::Infinite ? InfinitePosition(cell, grid.local[i])
                                                     : FinitePosition(element, grid.N[i]);
         points[i].temperature = scene.hasStep ? Interpolated(grid.N[i], element, scene.temperatures) : 0;
     }

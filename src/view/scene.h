@@ -23,11 +23,11 @@
 
 namespace kaldra {
 
-enum class CellKind { Active, Null, Infinite };
+enum class SceneKind { Active, Null, Infinite };
 
 struct SceneCell {
     std::size_t element = 0;  // index
-    CellKind kind = CellKind::Active;
+    SceneKind kind = SceneKind::Active;
     bool takesPart = true;                           // false: of a NULL material, finite or infinite
     std::int32_t sides = 0;                          // 4, 3 or 1
     std::uint32_t openSides = 0;                     // bit i for side i

@@ -10,7 +10,7 @@
 #include "view/curve_picture.h"
 #include "view/ground_picture.h"
 #include "view/raster.h"
-#include "view_scene.h"
+#include "view/view_scene.h"
 
 namespace kaldra {
 namespace {

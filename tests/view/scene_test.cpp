@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "view/probe.h"
-#include "view_scene.h"
+#include "view/view_scene.h"
 
 namespace kaldra {
 namespace {

@@ -18,8 +18,13 @@ void PaintImage(QPainter& painter, const PictureItem& item) {
 
 void PaintLines(QPainter& painter, const PictureItem& item) {
     painter.setPen(QPen(QColor::fromRgb(item.colour), item.size, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    const std::size_t step = item.shape == PictureShape::Segments ? 2 : 1;
-    for (std::size_t i = 0; i + 1 < item.points.size(); i += step) {
+    if (item.shape == PictureShape::Line) {
+        QPolygonF line;
+        for (const PicturePoint& p : item.points) line << ToPoint(p);
+        painter.setBrush(Qt::NoBrush);
+        return painter.drawPolyline(line);
+    }
+    for (std::size_t i = 0; i + 1 < item.points.size(); i += 2) {
         painter.drawLine(ToPoint(item.points[i]), ToPoint(item.points[i + 1]));
     }
 }
