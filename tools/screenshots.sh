@@ -59,22 +59,26 @@ take_view_pictures() {  # behind the run of the road embankment
     picture view-no-file
     end_program
     start_view "$work/road-embankment.kdr"
-    for _ in $(seq 11); do keys Left; done  # late in the third summer
+    for _ in $(seq 4); do keys Left; done  # the end of the third summer
+    keys alt+v l
     xdotool mousemove --window "$window" $((300 * scale)) $((250 * scale))
     sleep 0.5
     picture view
     keys alt+t s
     drag $((400 * scale)) $((150 * scale)) $((400 * scale)) $((550 * scale))
-    focus "road-embankment.kdr step"
+    focus "From "
     picture view-section-line
     keys ctrl+w
     focus "KALDRA VIEW"
     keys alt+t t
     xdotool mousemove --window "$window" $((200 * scale)) $((300 * scale)) click 1
     focus "Depth of thaw"
-    picture view-depth-of-thaw
     focus "Temperatures at"
     picture view-trumpet
+    keys ctrl+w
+    focus "Depth of thaw"
+    picture view-depth-of-thaw
+    keys ctrl+w
     focus "KALDRA VIEW"
     keys alt+v m
     picture view-materials
@@ -207,7 +211,7 @@ take_pictures
 take_view_pictures
 mkdir -p "$here/docs/pictures"
 for name in main-running graph view; do shrink "$pictures/$name.png" "$here/docs/pictures/$name.png"; done
-step=145  # late in the third summer
+step=140  # the end of the third summer
 for target in pictures/ground:820x460 help/ground:620x380; do
     "$(dirname "$program")/kaldra-export" "$work/road-embankment.kdr" --picture temperature --step $step --scale step \
         --layers isotherm,mesh,sections,arrows --size "${target#*:}" >/dev/null

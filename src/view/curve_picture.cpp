@@ -76,14 +76,17 @@ void DrawCurve(Picture& picture, const Curve& curve, const Frame& frame) {
     }
 }
 
+// In the lower right corner: a trumpet opens upwards.
 void DrawLegend(Picture& picture, const CurveSheet& sheet, const Frame& frame) {
-    double y = frame.plot.top + 16;
+    double longest = 0;
+    for (const Curve& curve : sheet.curves) longest = std::max(longest, RoughTextWidth(curve.label, textSize));
+    const double left = frame.plot.right - longest - 40;
+    double y = frame.plot.bottom - 16;
     for (const Curve& curve : sheet.curves) {
         if (curve.label.empty()) continue;
-        const double left = frame.plot.right - RoughTextWidth(curve.label, textSize) - 40;
         AddSegments(picture, {{left, y}, {left + 22, y}}, curve.colour, 2);
         AddText(picture, {left + 28, y}, curve.label);
-        y += 1.5 * textSize;
+        y -= 1.5 * textSize;
     }
 }
 

@@ -186,8 +186,9 @@ void DrawIsotherm(Canvas& canvas) {
         const CellGrid& grid = PlacedGrid(canvas, cell);
         for (const auto& triangle : grid.triangles) CrossTriangle(canvas, triangle, ends);
     }
-    AddSegments(canvas.picture, ends, haloColour, 5);
-    AddSegments(canvas.picture, std::move(ends), isothermColour, 2.8);
+    const std::vector<std::vector<PicturePoint>> lines = JoinSegments(ends);
+    for (const auto& line : lines) AddLine(canvas.picture, line, haloColour, 5);
+    for (const auto& line : lines) AddLine(canvas.picture, line, isothermColour, 2.8);
 }
 
 // One arrow per square of the picture, that of the strongest flux there; the strongest of all has full length.

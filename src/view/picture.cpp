@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
+#include <map>
 #include <utility>
 
 namespace kaldra {
@@ -70,6 +72,56 @@ void AddText(Picture& picture, PicturePoint at, std::string text, const TextLook
 void AddClip(Picture& picture, const PictureBox& box) { Add(picture, PictureShape::Clip, TwoCorners(box)); }
 
 void AddUnclip(Picture& picture) { Add(picture, PictureShape::Unclip, {}); }
+
+namespace {
+
+using GridPlace = std::pair<std::int64_t, std::int64_t>;
+
+GridPlace PlaceOf(const PicturePoint& p) { return {std::llround(100 * p.x), std::llround(100 * p.y)}; }
+
+// Segments by the places of their ends; each is taken once.
+struct SegmentNet {
+    const std::vector<PicturePoint>& ends;
+    std::multimap<GridPlace, std::size_t> byPlace;  // of points in `ends`
+    std::vector<bool> taken;                        // by segment
+
+    // The far end of a segment that has one end at `place` and was not taken yet, or nothing.
+    const PicturePoint* Take(const GridPlace& place) {
+        const auto [first, last] = byPlace.equal_range(place);
+        for (auto at = first; at != last; ++at) {
+            if (taken[at->second / 2]) continue;
+            taken[at->second / 2] = true;
+            return &ends[at->second ^ 1U];
+        }
+        return nullptr;
+    }
+};
+
+void Prolong(SegmentNet& net, std::vector<PicturePoint>& line, std::size_t most) {
+    while (line.size() < most) {
+        const PicturePoint* const next = net.Take(PlaceOf(line.back()));
+        if (next == nullptr) return;
+        line.push_back(*next);
+    }
+}
+
+}  // namespace
+
+std::vector<std::vector<PicturePoint>> JoinSegments(const std::vector<PicturePoint>& ends, std::size_t most) {
+    SegmentNet net{ends, {}, std::vector<bool>(ends.size() / 2)};
+    for (std::size_t i = 0; i < ends.size(); ++i) net.byPlace.emplace(PlaceOf(ends[i]), i);
+    std::vector<std::vector<PicturePoint>> lines;
+    for (std::size_t i = 0; i + 1 < ends.size(); i += 2) {
+        if (net.taken[i / 2]) continue;
+        net.taken[i / 2] = true;
+        std::vector<PicturePoint>& line = lines.emplace_back();
+        line = {ends[i + 1], ends[i]};
+        Prolong(net, line, most);
+        std::ranges::reverse(line);
+        Prolong(net, line, most);
+    }
+    return lines;
+}
 
 double RoughTextWidth(std::string_view text, double size) {
     constexpr double perCharacter = 0.58;  // of the height

@@ -81,6 +81,10 @@ void AddText(Picture& picture, PicturePoint at, std::string text, const TextLook
 void AddClip(Picture& picture, const PictureBox& box);
 void AddUnclip(Picture& picture);
 
+// Joins segments that end where others begin, within a hundredth of a pixel, into lines of at most `most` points.
+[[nodiscard]] std::vector<std::vector<PicturePoint>> JoinSegments(const std::vector<PicturePoint>& ends,
+                                                                  std::size_t most = 64);
+
 // A text's length where it is set in a plain face, roughly: the devices measure exactly, the layout need not.
 [[nodiscard]] double RoughTextWidth(std::string_view text, double size);
 

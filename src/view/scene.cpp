@@ -375,7 +375,7 @@ void PlaceGrid(const Scene& scene, const SceneCell& cell, const CellGrid& grid, 
     points.resize(grid.N.size());
     for (std::size_t i = 0; i < points.size(); ++i) {
         points[i] = cell.kind == SceneKind::Infinite ? InfinitePosition(cell, grid.local[i])
-                                                    : FinitePosition(element, grid.N[i]);
+                                                     : FinitePosition(element, grid.N[i]);
         points[i].temperature = scene.hasStep ? Interpolated(grid.N[i], element, scene.temperatures) : 0;
     }
 }

@@ -99,12 +99,16 @@ ColourScale ScaleOf(const ViewSession& session, const ScaleChoice& choice) {
     return MakeColourScale(low, high, choice.bands, static_cast<double>(model.freezingPoint));
 }
 
-std::string TitleOf(const ViewSession& session) {
-    std::string title = session.path.substr(FileNameOffset(session.path));
-    if (session.shown == noStep) return title;
+std::string StepText(const ViewSession& session) {
+    if (session.shown == noStep) return "no step";
     const SavedStep& step = session.set.steps[session.shown];
-    if (step.step == 0) return title + "    steady state";
-    return title + FormatText("    step %d, time ", step.step) + TimeText(static_cast<double>(step.elapsed));
+    if (step.step == 0) return "steady state";
+    return FormatText("step %d, time %s", step.step, TimeText(static_cast<double>(step.elapsed)));
+}
+
+std::string TitleOf(const ViewSession& session) {
+    const std::string name = session.path.substr(FileNameOffset(session.path));
+    return session.shown == noStep ? name : FormatText("%s    %s", name, StepText(session));
 }
 
 std::string ProbeText(const ViewSession& session, double x, double y) {
@@ -127,8 +131,8 @@ std::string ProbeText(const ViewSession& session, double x, double y) {
 
 CurveSheet SectionSheet(const ViewSession& session, PicturePoint from, PicturePoint to) {
     CurveSheet sheet;
-    sheet.title = FormatText("%s    (%s, %s) to (%s, %s)", TitleOf(session), ShortNumber(from.x), ShortNumber(from.y),
-                             ShortNumber(to.x), ShortNumber(to.y));
+    const auto place = [](PicturePoint p) { return FormatText("(%s, %s)", ShortNumber(p.x, 3), ShortNumber(p.y, 3)); };
+    sheet.title = FormatText("From %s to %s, %s", place(from), place(to), StepText(session));
     sheet.xTitle = "Distance";
     sheet.yTitle = "Temperature";
     sheet.hasLevel = true;

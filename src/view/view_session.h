@@ -58,6 +58,9 @@ struct ScaleChoice {
 // The scale for the step that is shown.
 [[nodiscard]] ColourScale ScaleOf(const ViewSession& session, const ScaleChoice& choice);
 
+// The step that is shown, with its time.
+[[nodiscard]] std::string StepText(const ViewSession& session);
+
 // The name of the file, and the step: "name.kdr    step 12, time 365".
 [[nodiscard]] std::string TitleOf(const ViewSession& session);
 

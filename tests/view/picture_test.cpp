@@ -137,12 +137,25 @@ TEST_F(Pictures, TheFreezingIsothermLiesWhereItIsFreezing) {
     GroundLook look;
     const Picture picture = DrawGround(scene, look);
     const double expected = PlaceGround(scene, look).ToPicture(0, 0.2).y;
-    const auto line = std::ranges::find_if(picture.items, [](const PictureItem& item) {
-        return item.shape == PictureShape::Segments && item.size == 2.8;
-    });
-    ASSERT_NE(line, picture.items.end());
-    EXPECT_GT(line->points.size(), 20);
-    for (const PicturePoint& p : line->points) EXPECT_NEAR(p.y, expected, 0.01);
+    std::size_t points = 0;
+    for (const PictureItem& item : picture.items) {
+        if (item.shape != PictureShape::Line || item.size != 2.8) continue;
+        points += item.points.size();
+        for (const PicturePoint& p : item.points) EXPECT_NEAR(p.y, expected, 0.01);
+    }
+    EXPECT_GT(points, 10);
+}
+
+TEST(PictureLines, SegmentsAreJoinedWhereTheyMeet) {
+    const std::vector<PicturePoint> ends{{1, 0}, {2, 0}, {9, 9}, {8, 8}, {1, 0}, {0, 0}, {3, 0}, {2, 0}};
+    for (const auto& [most, lines, longest] : {std::array{64, 2, 4}, {3, 3, 3}}) {
+        const auto joined = JoinSegments(ends, static_cast<std::size_t>(most));
+        EXPECT_EQ(joined.size(), lines);
+        EXPECT_EQ(joined[0].size(), longest);
+        for (std::size_t i = 1; i < joined[0].size(); ++i) {
+            EXPECT_EQ(std::abs(joined[0][i].x - joined[0][i - 1].x), 1);
+        }
+    }
 }
 
 TEST_F(Pictures, AWindowKeepsEqualScalesAndMapsBothWays) {

@@ -170,6 +170,12 @@ void ViewWindow::MakeViewMenu() {
     connect(AddCommand(menu, "zoomOut", tr("Zoom &Out"), QKeySequence("Ctrl+-")), &QAction::triggered, this,
             [this] { view_->Zoom(1 / 1.5); });
     menu.addSeparator();
+    const auto go = [this](int by) { slider_->setValue(slider_->value() + by); };
+    connect(AddCommand(menu, "nextStep", tr("Ne&xt Step"), QKeySequence(Qt::Key_Right)), &QAction::triggered, this,
+            [go] { go(1); });
+    connect(AddCommand(menu, "previousStep", tr("&Previous Step"), QKeySequence(Qt::Key_Left)), &QAction::triggered,
+            this, [go] { go(-1); });
+    menu.addSeparator();
     auto* const fills = new QActionGroup(this);
     const auto addFill = [&](const QString& name, const QString& text, GroundFill fill) {
         QAction* const action = AddCommand(menu, name, text);
@@ -191,7 +197,7 @@ void ViewWindow::MakeViewMenu() {
     AddToggle(menu, "boundaryNodes", tr("&Boundary Nodes"), &GroundLook::boundaryNodes);
     AddToggle(menu, "sections", tr("Flux &Sections"), &GroundLook::sections);
     menu.addSeparator();
-    QAction* const fixed = AddCommand(menu, "fixedScale", tr("Same Colours in &All Steps"));
+    QAction* const fixed = AddCommand(menu, "fixedScale", tr("Same Co&lours in All Steps"));
     fixed->setCheckable(true);
     fixed->setChecked(choice_.fixedOverSteps);
     connect(fixed, &QAction::toggled, this, [this](bool on) {
@@ -337,9 +343,7 @@ void ViewWindow::UpdateStepBar() {
     play_->setEnabled(count > 1);
     if (count <= 1) play_->setChecked(false);
     Command("saveAnimation").setEnabled(count > 0);
-    const bool shown = count > 0 && session_.shown != noStep;
-    const std::string title = shown ? TitleOf(session_) : std::string();
-    step_->setText(shown ? QString::fromStdString(title).section("    ", 1) : tr("no step"));
+    step_->setText(QString::fromStdString(StepText(session_)));
     view_->look.title = session_.isOpen ? TitleOf(session_) : std::string();
 }
 
