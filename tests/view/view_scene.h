@@ -68,10 +68,10 @@ inline Problem BentTriangle() {
 }
 
 // A unit square beside an element that is infinite along x, and one infinite in both directions at its upper corner;
-// pole at (-9, -9).
+// pole at (-9, -4).
 inline Problem Unbounded() {
     Problem problem;
-    problem.pole = "POLE 1\n-9 -9";
+    problem.pole = "POLE 1\n-9 -4";
     for (const auto& [x, y] : {std::pair(0.0, 0.0), {1.0, 0.0}, {1.0, 1.0}, {0.0, 1.0}, {1.0, 0.5}}) problem.Node(x, y);
     problem.Element("3 4 1 2 0 0 0 5", 4);
     const int farAbove = problem.Node(70, 1);
