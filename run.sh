@@ -10,12 +10,13 @@ here=$(cd "$(dirname "$0")" && pwd)
 if [ "${1-}" = --desktop ]; then
     shift
     "$here/tools/install-packages.sh" g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libxlsxwriter-dev \
-        qt6-base-dev libqt6svg6 fonts-dejavu-core
+        pkg-config libcairo2-dev qt6-base-dev libqt6svg6 fonts-dejavu-core
     "$here/tools/build.sh" release kaldra-solve -DKALDRA_DESKTOP=ON
     exec "$here/build/release/bin/kaldra-solve" "$@"
 fi
 
-"$here/tools/install-packages.sh" g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libxlsxwriter-dev
+"$here/tools/install-packages.sh" g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libxlsxwriter-dev \
+    pkg-config libcairo2-dev
 "$here/tools/build.sh" release kaldra-run
 
 [ $# -gt 0 ] || set -- "$here/examples/road-embankment/road-embankment.kdr"

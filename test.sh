@@ -6,8 +6,8 @@ set -eu
 
 cd "$(dirname "$0")"
 tools/install-packages.sh g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libxlsxwriter-dev \
-    libgtest-dev libgmock-dev python3-meshio \
-    qt6-base-dev libqt6svg6 fonts-dejavu-core xvfb xauth xdotool \
+    pkg-config libcairo2-dev libgtest-dev libgmock-dev python3-meshio \
+    qt6-base-dev libqt6svg6 fonts-dejavu-core xvfb xauth xdotool dbus imagemagick \
     clang libclang-rt-14-dev clang-tidy cppcheck
 
 # The windows need a place of their own and a text encoding, which a bare machine does not set.

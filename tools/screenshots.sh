@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Takes pictures of the desktop program's windows on a virtual screen: screenshots.sh [PROGRAM]
-# All go to build/pictures, once plain and once as on a high-density screen; the two that the README shows go to
-# docs/pictures. PROGRAM is build/release/bin/kaldra-solve unless given; nothing is built here.
+# Takes pictures of the desktop programs' windows on a virtual screen: screenshots.sh [PROGRAM]
+# All go to build/pictures, once plain and once as on a high-density screen; those that the README and the help show go
+# to docs. PROGRAM is build/release/bin/kaldra-solve unless given, with the others beside it; nothing is built here.
 set -eu
 
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -35,6 +35,54 @@ start_program() {  # [FILE]
     solve=$!
     cd "$here"
     focus "KALDRA SOLVE - "
+}
+
+start_view() {  # [FILE]
+    cd "$work"
+    "$(dirname "$program")/kaldra-view" "$@" &
+    solve=$!
+    cd "$here"
+    focus "KALDRA VIEW"
+    sleep 3  # until all steps are read
+}
+
+drag() {  # X1 Y1 X2 Y2, of the window in focus
+    xdotool mousemove --window "$window" "$1" "$2" mousedown 1
+    xdotool mousemove --window "$window" $((($1 + $3) / 2)) $((($2 + $4) / 2))
+    xdotool mousemove --window "$window" "$3" "$4" mouseup 1
+    sleep 0.5
+}
+
+take_view_pictures() {  # behind the run of the road embankment
+    local scale=${QT_SCALE_FACTOR:-1}
+    start_view
+    picture view-no-file
+    end_program
+    start_view "$work/road-embankment.kdr"
+    for _ in $(seq 4); do keys Left; done  # the end of the third summer
+    keys alt+v l
+    xdotool mousemove --window "$window" $((300 * scale)) $((250 * scale))
+    sleep 0.5
+    picture view
+    keys alt+t s
+    drag $((400 * scale)) $((150 * scale)) $((400 * scale)) $((550 * scale))
+    focus "From "
+    picture view-section-line
+    keys ctrl+w
+    focus "KALDRA VIEW"
+    keys alt+t t
+    xdotool mousemove --window "$window" $((200 * scale)) $((300 * scale)) click 1
+    focus "Depth of thaw"
+    focus "Temperatures at"
+    picture view-trumpet
+    keys ctrl+w
+    focus "Depth of thaw"
+    picture view-depth-of-thaw
+    keys ctrl+w
+    focus "KALDRA VIEW"
+    keys alt+v m
+    picture view-materials
+    end_program
 }
 
 end_program() {
@@ -153,15 +201,25 @@ take_pictures() {
     end_program
 }
 
+shrink() {  # FROM TO
+    convert "$1" -strip +dither -colors 128 -define png:compression-level=9 "$2"
+}
+
 pictures=$here/build/pictures/1366x768
 start_screen 1366x768
 take_pictures
+take_view_pictures
 mkdir -p "$here/docs/pictures"
-for name in main-running graph; do
-    convert "$pictures/$name.png" -strip +dither -colors 128 -define png:compression-level=9 "$here/docs/pictures/$name.png"
+for name in main-running graph view; do shrink "$pictures/$name.png" "$here/docs/pictures/$name.png"; done
+step=140  # the end of the third summer
+for target in pictures/ground:820x460 help/ground:620x380; do
+    "$(dirname "$program")/kaldra-export" "$work/road-embankment.kdr" --picture temperature --step $step --scale step \
+        --layers isotherm,mesh,sections,arrows --size "${target#*:}" >/dev/null
+    shrink "$work/road-embankment.temperature.$step.png" "$here/docs/${target%:*}.png"
 done
 
 pictures=$here/build/pictures/high-density
 export QT_SCALE_FACTOR=2
 start_screen 2732x1536
 take_pictures
+take_view_pictures

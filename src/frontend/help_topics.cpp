@@ -41,6 +41,7 @@ constexpr std::array pages{
     HelpPage{22102, "graph-options.html", "Graph Options"},
     HelpPage{21300, "help-and-about.html", "Help and About"},
     HelpPage{helpUsingHelp, "using-help.html", "Using Help"},
+    HelpPage{helpView, "looking-at-results.html", "Looking at Results"},
 };
 
 int TopicIn(std::span<const TopicOf> table, int id) {

@@ -10,6 +10,7 @@ namespace kaldra {
 
 inline constexpr int helpContents = 0;  // the page of contents
 inline constexpr int helpUsingHelp = 40001;
+inline constexpr int helpView = 50000;  // of kaldra-view
 
 // Topic of a menu item's id, and of a dialog's.
 [[nodiscard]] int HelpTopicForMenu(int id);

@@ -67,7 +67,7 @@ private:
         if (!keys.isEmpty()) QTRY_VERIFY(shown() != page);
     }
 
-private slots:
+private Q_SLOTS:
     void OpensAndForgetsAFile() {
         const QString path = Write("it's a file.kdr", SlowColumn(2).Text());
         PicksFile(path);

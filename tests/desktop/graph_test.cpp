@@ -66,7 +66,7 @@ private:
         return all;
     }
 
-private slots:
+private Q_SLOTS:
     void ShowsTheLastStepWhenIdle() {
         OpenFinishedRun(3);
         QVERIFY(Button(commandGraph).isEnabled());

@@ -36,7 +36,7 @@ private:
         QTRY_VERIFY(Gate::Holds());
     }
 
-private slots:
+private Q_SLOTS:
     void RunsToDone_data() {
         QTest::addColumn<int>("steps");
         QTest::addColumn<QString>("startStep");

@@ -82,7 +82,7 @@ protected:
     std::unique_ptr<MainWindow> window;
     std::unique_ptr<User> user;
 
-private slots:
+private Q_SLOTS:
     void init();
     void cleanup();
 

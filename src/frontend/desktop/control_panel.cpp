@@ -71,7 +71,7 @@ ControlPanel::ControlPanel(QWidget* parent) : QWidget(parent) {
         button->setGeometry(Place(control.place));
         button->setStyleSheet("QPushButton { padding: 0px 2px; }");
         const int id = control.id;
-        connect(button, &QPushButton::clicked, this, [this, id] { emit Pressed(id); });
+        connect(button, &QPushButton::clicked, this, [this, id] { Q_EMIT Pressed(id); });
         buttons_[id] = button;
         setTabOrder(before, button);
         before = button;

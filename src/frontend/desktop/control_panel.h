@@ -28,7 +28,7 @@ public:
     void ShowIcon(bool running);
     void Animate(bool on);
 
-signals:
+Q_SIGNALS:
     void Pressed(int id);
 
 private:

@@ -97,6 +97,8 @@ void ShowHelpForDialog(int id) { ShowTopic(HelpTopicForDialog(id)); }
 
 void ShowHelpContents() { ShowTopic(helpContents); }
 
+void ShowHelpForView() { ShowTopic(helpView); }
+
 void CloseHelp() { delete viewer; }
 
 bool HelpKey::eventFilter(QObject* watched, QEvent* event) {

@@ -14,6 +14,9 @@ void ShowHelpForMenu(int id);
 void ShowHelpForDialog(int id);
 void ShowHelpContents();
 
+// Shows the page of kaldra-view.
+void ShowHelpForView();
+
 // Closes the window at the end of the program.
 void CloseHelp();
 

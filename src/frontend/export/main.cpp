@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "frontend/export/pictures.h"
 #include "frontend/export/workbook.h"
 #include "model/file_names.h"
 #include "model/problem_model.h"
@@ -33,6 +34,7 @@ struct Options {
     std::vector<std::string> formats;
     std::string step = "all";
     std::vector<double> verticals;
+    PictureOrder pictures;
 };
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -126,7 +128,9 @@ int Export(const Options& options) {
     const bool opened = OpenResultSet(path, set) == 1;
     PrintWarnings();
     if (!opened) return exitFailed;
-    if (const int refused = ChooseSteps(options, set.steps); refused != exitDone) return refused;
+    const bool anyStep = !options.formats.empty() || !options.verticals.empty() || !NeedsNoStep(options.pictures);
+    if (!anyStep) set.steps.clear();
+    if (const int refused = anyStep ? ChooseSteps(options, set.steps) : exitDone; refused != exitDone) return refused;
     if (!set.remark.empty()) PrintError("warning: " + set.remark);
     Targets to;
     to.exports.vtu = Wants(options, "vtu");
@@ -135,7 +139,7 @@ int Export(const Options& options) {
     if (const int refused = CutVerticals(options, to.histories); refused != exitDone) return refused;
     bool whole = !to.wantsBook || to.book.Begin();
     for (std::size_t i = 0; whole && i < set.steps.size(); ++i) whole = AddStep(to, set.steps[i].step) == 1;
-    whole = whole && Finish(to);
+    whole = whole && Finish(to) && MakePictures(options.pictures, set.steps, to.exports.written);
     PrintWarnings();
     const int printed = PrintWritten(to.exports.written);
     return whole ? printed : exitFailed;
@@ -147,15 +151,16 @@ int main(int argc, char** argv) {
     CLI::App app("Turns the results beside a data file into files that other programs open.", "kaldra-export");
     Options options;
     app.add_option("FILE.kdr", options.file, "problem data file")->required();
-    app.add_option("--to", options.formats, "what to make: vtu, csv, xlsx")
+    app.add_option("--to", options.formats, "what to make: vtu, csv, xlsx; of --picture png, svg, pdf")
         ->option_text("FORMAT[,FORMAT...]")
         ->delimiter(',')
-        ->check(CLI::IsMember({"vtu", "csv", "xlsx"}));
+        ->check(CLI::IsMember({"vtu", "csv", "xlsx", "png", "svg", "pdf"}));
     app.add_option("--step", options.step, "the step to export (default: all saved ones)")->option_text("N|all");
     app.add_option("--thaw-depth", options.verticals,
                    "freezing along the verticals at x: crossings, depths, trumpet curves")
         ->option_text("X[,X...]")
         ->delimiter(',');
+    AddPictureOptions(app, options.pictures);
     app.set_version_flag("--version", "kaldra-export " KALDRA_VERSION);
     app.footer(
         "The files are made beside the data file and listed on stdout. Steps whose result files are not whole are "
@@ -168,8 +173,10 @@ int main(int argc, char** argv) {
         return Complain(error.what() + std::string("; see --help"), exitUsage);
     }
     if (options.file.empty()) return Complain("a file name is empty; see --help", exitUsage);
-    if (options.formats.empty() && options.verticals.empty()) {
-        return Complain("nothing to make: give --to or --thaw-depth; see --help", exitUsage);
+    const std::string complaint = CheckPictureOrder(options.pictures, options.formats);
+    if (!complaint.empty()) return Complain(complaint + "; see --help", exitUsage);
+    if (options.formats.empty() && options.verticals.empty() && options.pictures.kind.empty()) {
+        return Complain("nothing to make: give --to, --picture or --thaw-depth; see --help", exitUsage);
     }
     if (std::ranges::any_of(options.verticals, [](double x) { return !std::isfinite(x); })) {
         return Complain("--thaw-depth takes numbers", exitUsage);

@@ -72,6 +72,36 @@ thaw_tables_are_made() {
     has err "no active element lies on the vertical at x = -0.5"
 }
 
+# A column 1 wide and 2 high, -1 at the bottom and 9 at the top, stands in the middle of the plot.
+pictures_have_their_colours() {
+    nodes=$(for i in 0 1 2 3 4 5; do
+        echo "$((i + 1)) $((i % 2)) $((i / 2)) $((i < 2 ? -1 : i > 3 ? 9 : 0)) $((i < 2 || i > 3 ? 1 : 0)) 0 0 0 0"; done)
+    printf '%s\n' FILEINFO 'KALDRA 4.0' TITLE a b c d ANALYSIS '1 1 0 1 0' CONVERGE '10 0.01 0' 'TIME 0' 'MATERIAL 1' \
+        '1 1 0 1 1 0' 'KFUNCTION 1' '1 2 0 0' function '-100 2' '100 2' 'SFUNCTION 0' 'MFUNCTION 0' 'BFUNCTION 0' \
+        'NODE 6' "$nodes" 'ELEMENT 2' '1 4 3 1 2 0 0 0 0 1 4 1' '2 6 5 3 4 0 0 0 0 1 4 1' 'POLE 0' 'FLUX 0' \
+        'qBOUNDARY 0' >column.kdr
+    "$run" -q column.kdr || fail "the run of the column"
+    export_as 0 column.kdr --picture temperature --to png,svg,pdf --size 600x500 --range=-1:9 --bands 10 --layers none
+    [ "$(cat out)" = "$(printf "$PWD/column.temperature.00.%s\n" png svg pdf)" ] || fail "listed: $(cat out)"
+    for spot in 268,153,226,72,50 268,433,116,173,209 100,250,255,255,255; do  # at 6.5, at -0.5, beside the column
+        IFS=, read -r x y red green blue <<<"$spot"
+        got=$(convert column.temperature.00.png -format \
+            "%[fx:round(255*p{$x,$y}.r)],%[fx:round(255*p{$x,$y}.g)],%[fx:round(255*p{$x,$y}.b)]" info:)
+        [ "$got" = "$red,$green,$blue" ] || fail "$got instead of $red,$green,$blue at $x,$y"
+    done
+    has column.temperature.00.svg '<image'
+    rm column.?00
+    export_as 0 column.kdr --picture materials
+    [ "$(cat out)" = "$PWD/column.materials.png" ] || fail "listed: $(cat out)"
+    export_as 1 column.kdr --picture temperature
+    has err "no saved step"
+    export_as 2 column.kdr --to svg
+    export_as 2 column.kdr --picture none
+    for wrong in --size=10x10 --size=500 --range=9:1 --range=x --bands=101 --layers=soil; do
+        export_as 2 column.kdr --picture temperature $wrong
+    done
+}
+
 refuses() {
     example heated-slab
     export_as 2 heated-slab.kdr
