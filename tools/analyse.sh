@@ -19,7 +19,7 @@ if [ $# -eq 0 ]; then
 fi
 
 mkdir -p build/analysis/cppcheck
-cmake --preset analysis >build/analysis.log || { cat build/analysis.log >&2; exit 1; }
+{ cmake --preset analysis && cmake --build build/analysis --target build_commit; } >build/analysis.log || { cat build/analysis.log >&2; exit 1; }
 
 failed=0
 printf '%s\0' "$@" | xargs -0 -P "$(nproc)" -n 1 clang-tidy -p build/analysis --quiet "${deep[@]}" \

@@ -80,7 +80,7 @@ private:
         std::vector<std::int32_t> around = NodesInOrder(ring);
         std::size_t first = 1;
         while (ring.nodes[first] == 0) first += 2;
-        std::ranges::rotate(around, std::ranges::find(around, ring.nodes[first]));
+        std::rotate(around.begin(), std::ranges::find(around, ring.nodes[first]), around.end());
         for (std::size_t i = 1; i + 1 < around.size(); ++i) {
             Add(CellKind::Triangle, std::array{around[0], around[i], around[i + 1]});
         }

@@ -186,7 +186,7 @@ void EliminateTopFront(std::int32_t s) {
     }
     FactorStrips(
         SystemOf(front, f.workspaces[0].groups), [](std::size_t) {},
-        [&f] { return f.workspaces[ThreadNumber()].scratch.data(); });
+        [] { return model.sparse.workspaces[ThreadNumber()].scratch.data(); });
 }
 
 }  // namespace

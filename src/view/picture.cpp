@@ -41,7 +41,8 @@ void AddLine(Picture& picture, std::vector<PicturePoint> points, Colour colour, 
 }
 
 void AddPolygon(Picture& picture, std::vector<PicturePoint> points, Colour colour) {
-    Add(picture, PictureShape::Polygon, std::move(points)).colour = colour;
+    PictureItem& item = Add(picture, PictureShape::Polygon, std::move(points));
+    item.colour = colour;
 }
 
 void AddBox(Picture& picture, const PictureBox& box, Colour colour) {

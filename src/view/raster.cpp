@@ -71,7 +71,7 @@ Colour Blend(Colour under, Colour over, float part) {
     for (const int shift : {16, 8, 0}) {
         const auto from = static_cast<float>((under >> shift) & 0xFFU);
         const auto to = static_cast<float>((over >> shift) & 0xFFU);
-        mixed |= static_cast<std::uint32_t>(from + part * (to - from) + 0.5F) << shift;
+        mixed |= static_cast<std::uint32_t>(std::lround(from + part * (to - from))) << shift;
     }
     return Rgb(mixed);
 }

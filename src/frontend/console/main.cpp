@@ -374,7 +374,8 @@ int RunProgram(int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+// What else the options may throw is a mistake of the program.
+int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
     try {
         return RunProgram(argc, argv);
     } catch (const std::bad_alloc&) {

@@ -147,7 +147,8 @@ int Export(const Options& options) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+// What declaring the options may throw is lack of memory, before anything has begun.
+int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
     CLI::App app("Turns the results beside a data file into files that other programs open.", "kaldra-export");
     Options options;
     app.add_option("FILE.kdr", options.file, "problem data file")->required();
