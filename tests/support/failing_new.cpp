@@ -12,6 +12,9 @@ void* operator new(std::size_t size) {
     return memory;
 }
 
+// Who asks so has a way without.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
+
 void operator delete(void* memory) noexcept { std::free(memory); }
 
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
