@@ -3,20 +3,21 @@
 # Without a file it runs the example of the road embankment. Options are those of kaldra-run.
 #
 #     ./run.sh --desktop [FILE.kdr]     builds and starts the desktop program
+#     ./run.sh --view [FILE.kdr]        the same for the viewer of results
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)
 
-if [ "${1-}" = --desktop ]; then
+if [ "${1-}" = --desktop ] || [ "${1-}" = --view ]; then
+    program=kaldra-solve
+    [ "$1" = --desktop ] || program=kaldra-view
     shift
-    "$here/tools/install-packages.sh" g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libxlsxwriter-dev \
-        pkg-config libcairo2-dev qt6-base-dev libqt6svg6 fonts-dejavu-core
-    "$here/tools/build.sh" release kaldra-solve -DKALDRA_DESKTOP=ON
-    exec "$here/build/release/bin/kaldra-solve" "$@"
+    "$here/tools/install-packages.sh" engine desktop
+    "$here/tools/build.sh" release "$program" -DKALDRA_DESKTOP=ON
+    exec "$here/build/release/bin/$program" "$@"
 fi
 
-"$here/tools/install-packages.sh" g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libxlsxwriter-dev \
-    pkg-config libcairo2-dev
+"$here/tools/install-packages.sh" engine
 "$here/tools/build.sh" release kaldra-run
 
 [ $# -gt 0 ] || set -- "$here/examples/road-embankment/road-embankment.kdr"

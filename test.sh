@@ -1,13 +1,12 @@
 #!/usr/bin/env bash
 # Builds and runs all tests: those in which two threads meet under the thread sanitizer; the engine's under the address
-# and undefined-behaviour sanitizers; then in release the engine's in an order of chance, and at last everything, with the
-# desktop programs.
+# and undefined-behaviour sanitizers; seconds of fuzzing; the analysis of the source text; then in release the engine's in
+# an order of chance, and at last everything, with the desktop programs.
 set -eu
 
 cd "$(dirname "$0")"
-tools/install-packages.sh g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libxlsxwriter-dev \
-    pkg-config libcairo2-dev libgtest-dev libgmock-dev python3-meshio \
-    qt6-base-dev libqt6svg6 fonts-dejavu-core xvfb xauth xdotool dbus imagemagick
+tools/install-packages.sh engine desktop libgtest-dev libgmock-dev python3-meshio xvfb xauth xdotool dbus imagemagick \
+    clang libclang-rt-14-dev clang-tidy cppcheck
 
 # The windows need a place of their own and a text encoding, which a bare machine does not set.
 XDG_RUNTIME_DIR=$(mktemp -d)
@@ -40,6 +39,10 @@ build tsan kaldra_thread_tests
 run_tests tsan --label-regex threads
 build asan all
 run_tests asan
+echo "== fuzzing"
+timeout 900 fuzz/run.sh 2
+echo "== analysis"
+timeout 900 tools/analyse.sh
 build release all
 run_shuffled kaldra_tests kaldra_thread_tests
 run_tests release

@@ -7,7 +7,8 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <iostream>
+#include <filesystem>
+#include <iostream>  // for the library
 #include <vector>
 
 #include <Eigen/SparseCholesky>
@@ -41,7 +42,7 @@ void Require(bool condition, const char* what) {
 }
 
 void PrepareModel(std::int64_t n) {
-    const std::string path = "/tmp/kaldra-bench-libraries.kdr";
+    const std::string path = (std::filesystem::temp_directory_path() / "kaldra-bench-libraries.kdr").string();
     Require(WriteSquareProblem(path, static_cast<int>(n), SquareKind::Steady), "writing the problem");
     (void)FreeModel();
     InitModel(1);

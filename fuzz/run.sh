@@ -13,7 +13,7 @@ seconds=${1:?usage: fuzz/run.sh SECONDS [TARGET...]}
 shift
 [ $# -gt 0 ] || set -- data_file check initial_conditions material_properties convergence_file time_sequence
 
-tools/install-packages.sh clang libclang-rt-14-dev cmake ninja-build libcli11-dev
+tools/install-packages.sh engine clang libclang-rt-14-dev
 tools/build.sh fuzz fuzz_targets
 
 findings=$PWD/build/fuzz/findings

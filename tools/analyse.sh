@@ -6,7 +6,7 @@
 set -eu
 
 cd "$(dirname "$0")/.."
-tools/install-packages.sh clang clang-tidy cppcheck cmake ninja-build libcli11-dev
+tools/install-packages.sh engine clang clang-tidy cppcheck
 
 deep=()
 if [ "${1-}" = --deep ]; then

@@ -1,9 +1,19 @@
 #!/usr/bin/env bash
-# Installs those of the named Debian packages that are missing; says and does nothing when none is.
+# Installs those of the named Debian packages that are missing; says and does nothing when none is. The words engine and
+# desktop stand for what building the engine with its console programs takes, and what the desktop programs take more.
 set -eu
 
+packages=()
+for word in "$@"; do
+    case $word in
+    engine) packages+=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libxlsxwriter-dev pkg-config libcairo2-dev) ;;
+    desktop) packages+=(qt6-base-dev libqt6svg6 fonts-dejavu-core) ;;
+    *) packages+=("$word") ;;
+    esac
+done
+
 missing=()
-for package in "$@"; do
+for package in "${packages[@]}"; do
     state=$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null || true)
     [ "$state" = installed ] || missing+=("$package")
 done

@@ -5,7 +5,7 @@
 set -eu
 
 cd "$(dirname "$0")/.."
-tools/install-packages.sh g++ clang cmake ninja-build libcli11-dev
+tools/install-packages.sh engine clang
 folder=${1:-build/same-bytes}
 mkdir -p "$folder"
 folder=$(cd "$folder" && pwd)

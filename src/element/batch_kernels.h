@@ -28,7 +28,6 @@ struct LaneBatch {
     const std::int32_t* nodes;   // [slot][lane]
     const float* shapes;         // as in ElementBatches
     std::int64_t firstPoint[8];  // per lane: PointResultOffset
-    std::size_t lanes;           // lanes in use; the others repeat the last of them
 };
 
 // Settings of the iteration and of the material.

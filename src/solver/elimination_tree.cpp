@@ -196,7 +196,7 @@ void AppendRemainder(EliminationTree& t, std::size_t s, Indices& row, const Chil
     });
 }
 
-// Column of a position in a front, looked for among the remainder from `from` on; `from` is left at what was found.
+// Column of a position in a front.
 std::int64_t ColumnOf(const Supernode& node, const Indices& row, std::int32_t position) {
     if (position < node.first + node.padded) return position - node.first;
     const auto rows = RowsOf(node, row);
