@@ -26,6 +26,7 @@ namespace kaldra {
 
 inline constexpr std::size_t groupWidth = 8;
 inline constexpr std::size_t groupsPerStrip = 3;
+inline constexpr std::size_t groupsAtOnce = 4;  // in a solution
 inline constexpr std::size_t stripWidth = groupWidth * groupsPerStrip;
 
 // One group of columns: `rows` is its row `top`, a multiple of eight. Rows that are no pivots stand at `remainder`.
@@ -51,8 +52,9 @@ struct DenseKernels {
     // Factorises the strip that begins with `group` and has `count` groups. `scratch` holds 8 values for each row of a
     // group. Strips in order; two threads may each take one where `ready` is given.
     void (*factorStrip)(const DenseSystem& system, std::size_t group, std::size_t count, double* scratch);
-    // w(j) -= sum over k of u(k, j) y(k), for the eight columns of a block of `rows` rows that begins at u.
-    void (*forward)(const double* u, std::size_t rows, const double* y, double* w);
+    // w(j) -= sum over k of u(k, j) y(k), for the eight columns of each of up to `groupsAtOnce` blocks of `rows` rows,
+    // which begin at u[0], u[1] ...; w holds eight values per block.
+    void (*forward)(const double* const* u, std::size_t blocks, std::size_t rows, const double* y, double* w);
     // x(k) -= sum over the columns of u(k, j) w(j), for the `rows` (a multiple of eight) of `blocks` blocks that lie
     // `stride` values apart.
     void (*backward)(const double* u, std::size_t rows, std::size_t blocks, std::size_t stride, const double* w,
@@ -71,11 +73,14 @@ extern const DenseKernels denseKernelsAvx2;
 extern const DenseKernels denseKernelsAvx512;
 #endif
 
-// The same two within the square on the diagonal.
-void SolveForwardInSquare(const double* square, double* w);
-void SolveBackwardInSquare(const double* square, double* w);
-
 // The kernels for this processor.
 [[nodiscard]] const DenseKernels& ChosenDenseKernels();
+
+// Reduces the right-hand side w of up to `groupsAtOnce` groups that stand side by side: by the `above` rows that they
+// share, which begin at u[0], u[1] ... and belong to y, and then by each other.
+void SolveForwardInGroups(const double* const* u, std::size_t count, std::size_t above, const double* y, double* w);
+
+// Turns the eight values of w into the solution, within the square on the diagonal.
+void SolveBackwardInSquare(const double* square, double* w);
 
 }  // namespace kaldra

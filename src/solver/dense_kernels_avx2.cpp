@@ -48,11 +48,20 @@ inline void Stream(double* to, Vec v) {
 
 inline void EndStream() { _mm_sfence(); }
 
-inline double Total(Vec v) {
-    const __m256d fours = _mm256_add_pd(v.low, v.high);
-    const __m128d pairs = _mm_add_pd(_mm256_castpd256_pd128(fours), _mm256_extractf128_pd(fours, 1));
-    return _mm_cvtsd_f64(pairs) + _mm_cvtsd_f64(_mm_unpackhi_pd(pairs, pairs));
+inline Vec Add(Vec a, Vec b) { return {_mm256_add_pd(a.low, b.low), _mm256_add_pd(a.high, b.high)}; }
+
+// Totals of four vectors.
+inline __m256d TotalsOfFour(const Vec* v) {
+    const auto halves = [&](int r) { return _mm256_add_pd(v[r].low, v[r].high); };
+    const auto quarters = [](__m256d a, __m256d b) {
+        return _mm256_add_pd(_mm256_permute2f128_pd(a, b, 0x20), _mm256_permute2f128_pd(a, b, 0x31));
+    };
+    const __m256d first = quarters(halves(0), halves(2));
+    const __m256d last = quarters(halves(1), halves(3));
+    return _mm256_add_pd(_mm256_unpacklo_pd(first, last), _mm256_unpackhi_pd(first, last));
 }
+
+inline Vec Totals(const Vec* v) { return {TotalsOfFour(v), TotalsOfFour(v + 4)}; }
 
 }  // namespace
 }  // namespace kaldra

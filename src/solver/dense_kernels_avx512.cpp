@@ -25,10 +25,19 @@ inline void AddLanes(double* to, unsigned mask, Vec v) {
 inline void Stream(double* to, Vec v) { _mm512_stream_pd(to, v); }
 inline void EndStream() { _mm_sfence(); }
 
-inline double Total(Vec v) {
-    const __m256d fours = _mm256_add_pd(_mm512_castpd512_pd256(v), _mm512_extractf64x4_pd(v, 1));
-    const __m128d pairs = _mm_add_pd(_mm256_castpd256_pd128(fours), _mm256_extractf128_pd(fours, 1));
-    return _mm_cvtsd_f64(pairs) + _mm_cvtsd_f64(_mm_unpackhi_pd(pairs, pairs));
+inline Vec Add(Vec a, Vec b) { return _mm512_add_pd(a, b); }
+
+// The lower and the upper halves of two vectors, added: four lanes of each.
+inline Vec AddHalves(Vec a, Vec b) { return Add(_mm512_shuffle_f64x2(a, b, 0x44), _mm512_shuffle_f64x2(a, b, 0xee)); }
+
+// The same by quarters: two lanes of each of four vectors.
+inline Vec AddQuarters(Vec a, Vec b) { return Add(_mm512_shuffle_f64x2(a, b, 0x88), _mm512_shuffle_f64x2(a, b, 0xdd)); }
+
+inline Vec Totals(const Vec* v) {
+    const Vec first = AddQuarters(AddHalves(v[0], v[1]), AddHalves(v[2], v[3]));
+    const Vec last = AddQuarters(AddHalves(v[4], v[5]), AddHalves(v[6], v[7]));
+    const Vec mixed = Add(_mm512_unpacklo_pd(first, last), _mm512_unpackhi_pd(first, last));
+    return _mm512_permutexvar_pd(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), mixed);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The kernels in terms of a vector of eight f64, Vec, that the including file defines for its processor, with
 //
-//     Load, Store, Broadcast, Multiply, Add, Total (of the lanes), and Reduce(a, b, c) = c - a b, rounded once;
+//     Load, Store, Broadcast, Multiply, Add, and Reduce(a, b, c) = c - a b, rounded once;
+//     Totals(v): lane r is the sum of the lanes of v[r], ((0 + 4) + (2 + 6)) + ((1 + 5) + (3 + 7)), for eight vectors;
 //     AddLanes(to, mask, v): to += v in the lanes of the mask;
 //     Stream(to, v): a store past the caches, and EndStream() after the last;
 //     tileRows (8 or 4) and tileGroups (3 or 1): what of a product its registers hold.
@@ -158,10 +159,28 @@ void FactorStrip(const DenseSystem& system, std::size_t group, std::size_t count
     }
 }
 
-void Forward(const double* u, std::size_t rows, const double* y, double* w) {
-    Vec sum = Load(w);
-    for (std::size_t k = 0; k < rows; ++k) sum = Reduce(Broadcast(y[k]), Load(u + k * width), sum);
-    Store(w, sum);
+template <std::size_t Blocks>
+inline void ForwardBlocks(const double* const* u, std::size_t rows, const double* y, double* w) {
+    Vec sum[Blocks];
+    const double* block[Blocks];
+    for (std::size_t b = 0; b < Blocks; ++b) {
+        sum[b] = Load(w + b * width);
+        block[b] = u[b];
+    }
+    for (std::size_t k = 0; k < rows; ++k) {
+        const Vec value = Broadcast(y[k]);
+#pragma GCC unroll 4
+        for (std::size_t b = 0; b < Blocks; ++b) sum[b] = Reduce(value, Load(block[b] + k * width), sum[b]);
+    }
+    for (std::size_t b = 0; b < Blocks; ++b) Store(w + b * width, sum[b]);
+}
+
+void Forward(const double* const* u, std::size_t blocks, std::size_t rows, const double* y, double* w) {
+    static_assert(groupsAtOnce == 4);
+    if (blocks == 4) return ForwardBlocks<4>(u, rows, y, w);
+    if (blocks == 3) return ForwardBlocks<3>(u, rows, y, w);
+    if (blocks == 2) return ForwardBlocks<2>(u, rows, y, w);
+    if (blocks == 1) return ForwardBlocks<1>(u, rows, y, w);
 }
 
 void Backward(const double* u, std::size_t rows, std::size_t blocks, std::size_t stride, const double* w, double* x) {
@@ -174,7 +193,7 @@ void Backward(const double* u, std::size_t rows, std::size_t blocks, std::size_t
 #pragma GCC unroll 8
             for (std::size_t r = 0; r < width; ++r) sum[r] = Reduce(Load(rowsOfBlock + r * width), values, sum[r]);
         }
-        for (std::size_t r = 0; r < width; ++r) x[first + r] += Total(sum[r]);
+        Store(x + first, Add(Load(x + first), Totals(sum)));
     }
 }
 

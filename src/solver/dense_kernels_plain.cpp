@@ -42,8 +42,19 @@ inline void AddLanes(double* to, unsigned mask, const Vec& v) {
 inline void Stream(double* to, const Vec& v) { Store(to, v); }
 inline void EndStream() {}
 
-inline double Total(const Vec& v) {
-    return ((v.lane[0] + v.lane[4]) + (v.lane[2] + v.lane[6])) + ((v.lane[1] + v.lane[5]) + (v.lane[3] + v.lane[7]));
+inline Vec Add(const Vec& a, const Vec& b) {
+    Vec r;
+    for (int i = 0; i < 8; ++i) r.lane[i] = a.lane[i] + b.lane[i];
+    return r;
+}
+
+inline Vec Totals(const Vec* v) {
+    Vec r;
+    for (int i = 0; i < 8; ++i) {
+        const double* const lane = v[i].lane;
+        r.lane[i] = ((lane[0] + lane[4]) + (lane[2] + lane[6])) + ((lane[1] + lane[5]) + (lane[3] + lane[7]));
+    }
+    return r;
 }
 
 }  // namespace

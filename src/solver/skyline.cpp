@@ -1,6 +1,7 @@
 #include "solver/skyline.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <vector>
 
@@ -152,12 +153,12 @@ int SolveSkylineDouble(std::span<float> rhs) {
         w[i] = model.EquationCode[i] == equationInactive ? 0.0 : static_cast<double>(rhs[i]);
     }
     const auto square = [&](std::size_t g) { return store + profile.start[g + 1] - groupWidth * groupWidth; };
-    for (std::size_t g = 0; g < GroupCount(); ++g) {
+    for (std::size_t g = 0; g < GroupCount(); g += groupsPerStrip) {
         if (!IsRunning()) return 0;
-        double* const own = w + g * groupWidth;
+        std::array<const double*, groupsPerStrip> rows;
+        for (std::size_t i = 0; i < groupsPerStrip; ++i) rows[i] = store + profile.start[g + i];
         const auto above = static_cast<std::size_t>(RowsOfGroup(g, profile.top[g])) - groupWidth;
-        kernels.forward(store + profile.start[g], above, w + profile.top[g], own);
-        SolveForwardInSquare(square(g), own);
+        SolveForwardInGroups(rows.data(), groupsPerStrip, above, w + profile.top[g], w + g * groupWidth);
     }
     for (std::size_t j = 0; j < GroupCount() * groupWidth; ++j) w[j] *= profile.reciprocal[j];
     for (std::size_t g = GroupCount(); g-- > 0;) {

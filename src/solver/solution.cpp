@@ -68,14 +68,15 @@ static bool SameBytes(const std::vector<Record>& a, const std::vector<Record>& b
     return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Record)) == 0);
 }
 
-// Factorises the matrix, unless it is the last one with the same codes.
+// Factorises the matrix, unless it is the last one with the same codes; a sparse solver reduces the right-hand side,
+// too.
 [[nodiscard]] static int Factor(bool& isNew) {
     LastSolution& last = model.lastSolution;
     isNew = last.version != model.system.version || !SameBytes(last.code, model.EquationCode);
     if (!isNew) return 1;
     last.version = 0;
     if (!CheckPivots(model.system, model.EquationCode)) return 0;
-    if (usedSolver == Solver::Sparse ? !FactorSparse() : !FactorSkyline()) return 0;
+    if (usedSolver == Solver::Sparse ? !FactorSparse(model.SolutionVector) : !FactorSkyline()) return 0;
     if (!ResizeTable(last.code, model.EquationCode.size())) return 0;
     last.code = model.EquationCode;
     last.version = model.system.version;
@@ -94,8 +95,12 @@ int SolveSystem() {
     const std::size_t n = model.SolutionVector.size();
     if (last.solution.size() != n && (!MakeTable(last.rightHandSide, n) || !MakeTable(last.solution, n))) return 0;
     last.rightHandSide = model.SolutionVector;
-    const bool sparse = usedSolver == Solver::Sparse;
-    if (sparse ? !SolveSparse(model.SolutionVector) : !SolveSkylineDouble(model.SolutionVector)) return 0;
+    if (usedSolver == Solver::Skyline) {
+        if (!SolveSkylineDouble(model.SolutionVector)) return 0;
+    } else {
+        if (!isNew && !ReduceSparse(model.SolutionVector)) return 0;
+        if (!SolveSparse(model.SolutionVector)) return 0;
+    }
     last.solution = model.SolutionVector;
     return 1;
 }

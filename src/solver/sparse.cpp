@@ -54,14 +54,24 @@ void ClearGroups(const Front& front, std::int64_t first, std::int64_t end) {
               0.0);
 }
 
-// Sets the entries of the matrix, and 1 on the diagonal of the padding.
-void SetEntries(const Front& front, std::int64_t entriesEnd) {
+std::int64_t EntriesEnd(std::int32_t s) {
+    const EliminationTree& t = model.tree;
+    return At(s) + 1 < t.nodes.size() ? t.nodes[At(s) + 1].firstEntry : static_cast<std::int64_t>(t.entryPlace.size());
+}
+
+// Sets the entries of the matrix in the groups first .. end - 1, and 1 on the diagonal of the padding.
+void SetEntries(const Front& front, std::int32_t s, std::int64_t first, std::int64_t end) {
     const EliminationTree& t = model.tree;
     const double* const value = model.system.value.data();
+    const std::int64_t from = front.node.FactorOffset(first);
+    const std::int64_t to = front.node.FactorOffset(end);
+    const std::int64_t entriesEnd = EntriesEnd(s);
     for (std::int64_t e = front.node.firstEntry; e < entriesEnd; ++e) {
-        front.factor[t.entryPlace[At(e)]] = value[t.entryValue[At(e)]];
+        const std::int32_t place = t.entryPlace[At(e)];
+        if (place >= from && place < to) front.factor[place] = value[t.entryValue[At(e)]];
     }
-    for (std::int64_t i = front.node.pivots; i < front.node.padded; ++i) *front.Value(i, i) = 1.0;
+    const auto lastPadding = std::min<std::int64_t>(front.node.padded, end * 8);
+    for (auto i = std::max<std::int64_t>(front.node.pivots, first * 8); i < lastPadding; ++i) *front.Value(i, i) = 1.0;
 }
 
 // Lanes of a group of a child that go into one group of the front, side by side.
@@ -73,14 +83,16 @@ struct LaneRun {
 
 using LaneRuns = std::array<LaneRun, 8>;
 
-// Finds the runs of one group; `place` tells the columns of the front. Gives their number.
-std::size_t FindLaneRuns(const Front& front, const std::int32_t* place, std::int64_t width, LaneRuns& runs) {
+// Finds the runs among the lanes first .. end - 1 of one group; `place` tells the columns of the front. Gives their
+// number.
+std::size_t FindLaneRuns(const Front& front, const std::int32_t* place, std::int64_t first, std::int64_t end,
+                         LaneRuns& runs) {
     std::size_t count = 0;
-    for (std::int64_t lane = 0; lane < width;) {
+    for (std::int64_t lane = first; lane < end;) {
         const std::int64_t column = place[lane];
         const std::int64_t group = column / 8;
         unsigned mask = 0;
-        for (std::int64_t next = column; lane < width && place[lane] == next && next / 8 == group; ++lane, ++next) {
+        for (std::int64_t next = column; lane < end && place[lane] == next && next / 8 == group; ++lane, ++next) {
             mask |= 1U << static_cast<unsigned>(lane);
         }
         const std::int64_t shift = column - group * 8 - std::countr_zero(mask);
@@ -91,14 +103,14 @@ std::size_t FindLaneRuns(const Front& front, const std::int32_t* place, std::int
     return count;
 }
 
-// Adds one group of columns of a child's remainder to the front.
-void AddGroup(const Front& front, const Supernode& child, const double* update, std::int64_t group) {
+// Adds the lanes first .. end - 1 of one group of a child's remainder to the front.
+void AddGroup(const Front& front, const Supernode& child, const double* update, std::int64_t group, std::int64_t first,
+              std::int64_t end) {
     const DenseKernels& kernels = ChosenDenseKernels();
     const std::int32_t* const place = model.tree.place.data() + child.firstRow;
-    const auto width = std::min<std::int64_t>(8, child.remainder - group * 8);
     const double* const values = update + Supernode::UpdateOffset(group);
     LaneRuns runs;
-    const std::size_t runCount = FindLaneRuns(front, place + group * 8, width, runs);
+    const std::size_t runCount = FindLaneRuns(front, place + group * 8, first, end, runs);
     const auto addRows = [&](std::int64_t row, std::int64_t count, unsigned lanes) {
         const std::int64_t target = place[row];
         const bool isPivot = target < front.node.padded;
@@ -118,12 +130,31 @@ void AddGroup(const Front& front, const Supernode& child, const double* update, 
         addRows(row, count, 0xffU);
         row += count;
     }
-    for (std::int64_t lane = 0; lane < width; ++lane) addRows(full + lane, 1, 0xffU << static_cast<unsigned>(lane));
+    for (std::int64_t lane = 0; lane < end; ++lane) addRows(full + lane, 1, 0xffU << static_cast<unsigned>(lane));
 }
 
-std::int64_t EntriesEnd(std::int64_t s) {
+// Adds what a child leaves to the groups first .. end - 1 of the front.
+void AddColumns(const Front& front, const Supernode& child, const double* update, std::int64_t first,
+                std::int64_t end) {
+    const auto places = std::span(model.tree.place).subspan(At(child.firstRow), At(child.remainder));
+    const auto columnAt = [&](std::int64_t place) { return std::ranges::lower_bound(places, place) - places.begin(); };
+    const std::int64_t from = columnAt(first * 8);
+    const std::int64_t to = columnAt(end * 8);
+    for (std::int64_t group = from / 8; group * 8 < to; ++group) {
+        AddGroup(front, child, update, group, std::max(from - group * 8, std::int64_t{0}),
+                 std::min(to - group * 8, std::int64_t{8}));
+    }
+}
+
+// Fills in the groups first .. end - 1 of a front: the entries of the matrix, and what the children leave.
+template <class UpdateOfChild>
+void Gather(const Front& front, std::int32_t s, std::int64_t first, std::int64_t end, const UpdateOfChild& updateOf) {
     const EliminationTree& t = model.tree;
-    return At(s) + 1 < t.nodes.size() ? t.nodes[At(s) + 1].firstEntry : static_cast<std::int64_t>(t.entryPlace.size());
+    ClearGroups(front, first, end);
+    SetEntries(front, s, first, end);
+    for (auto c = front.node.firstChild; c >= 0; c = t.nodes[At(c)].nextSibling) {
+        AddColumns(front, t.nodes[At(c)], updateOf(t.nodes[At(c)]), first, end);
+    }
 }
 
 DenseSystem SystemOf(const Front& front, std::vector<ColumnGroup>& groups) {
@@ -137,6 +168,69 @@ DenseSystem SystemOf(const Front& front, std::vector<ColumnGroup>& groups) {
             nullptr};
 }
 
+// Calls gather(first, end) for the groups of a strip.
+template <class Gather>
+void OverStrip(const DenseSystem& system, std::size_t strip, const Gather& gather) {
+    const std::size_t first = strip * groupsPerStrip;
+    gather(static_cast<std::int64_t>(first), static_cast<std::int64_t>(first + GroupsInStrip(system, first)));
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Right-hand sides
+
+double* LeftOf(std::int32_t s) { return model.sparse.left.data() + model.sparse.firstLeft[At(s)]; }
+
+double* OwnOf(const Supernode& node) { return model.sparse.own.data() + node.first; }
+
+// Adds what a child leaves to the vectors of its parent.
+void AddChild(const Supernode& node, std::int32_t c, double* left) {
+    const EliminationTree& t = model.tree;
+    const Supernode& child = t.nodes[At(c)];
+    const double* const from = LeftOf(c);
+    double* const own = OwnOf(node);
+    for (std::int32_t i = 0; i < child.remainder; ++i) {
+        const std::int32_t place = t.place[At(child.firstRow + i)];
+        (place < node.padded ? own[place] : left[place - node.padded]) += from[i];
+    }
+}
+
+// Who works on a supernode: the thread that has its subtree, or all.
+enum class By { OneThread, AllThreads };
+
+// Runs work(first, end) over pieces of `grain` of `total` items.
+template <class Work>
+void OverPieces(By by, std::int64_t total, std::size_t grain, const Work& work) {
+    if (by == By::AllThreads) return RunChunks(At(total), grain, work);
+    for (std::size_t first = 0; first < At(total); first += grain) work(first, std::min(first + grain, At(total)));
+}
+
+// Reduces the right-hand side by the pivots of one supernode, whose factor stands at `factor`.
+void ReduceByFront(std::int32_t s, const double* factor, By by) {
+    const EliminationTree& t = model.tree;
+    const Supernode& node = t.nodes[At(s)];
+    double* const own = OwnOf(node);
+    double* const left = LeftOf(s);
+    std::fill_n(left, 8 * node.RemainderGroups(), 0.0);
+    for (auto c = node.firstChild; c >= 0; c = t.nodes[At(c)].nextSibling) AddChild(node, c, left);
+    const auto findRows = [&](std::size_t first, std::size_t end) {
+        std::array<const double*, groupsAtOnce> rows{};
+        for (std::size_t g = first; g < end; ++g)
+            rows[g - first] = factor + node.FactorOffset(static_cast<std::int64_t>(g));
+        return rows;
+    };
+    const auto pivotGroups = At(node.PivotGroups());
+    OverPieces(By::OneThread, node.PivotGroups(), groupsAtOnce, [&](std::size_t first, std::size_t end) {
+        SolveForwardInGroups(findRows(first, end).data(), end - first, first * 8, own, own + first * 8);
+    });
+    OverPieces(by, node.RemainderGroups(), groupsAtOnce, [&](std::size_t first, std::size_t end) {
+        ChosenDenseKernels().forward(findRows(pivotGroups + first, pivotGroups + end).data(), end - first,
+                                     At(node.padded), own, left + first * 8);
+    });
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Elimination
+
 // A factor that no cache holds is written past them: fronts of up to this many values are made in one place again and
 // again, and only then brought to theirs. Filling memory that is not in the cache would first read it.
 constexpr std::int64_t mostStreamed = 1 << 17;
@@ -146,47 +240,43 @@ bool IsStreamed(const Supernode& node) {
     return model.tree.factorEntries > cachedFactor && node.FactorEntries() <= mostStreamed;
 }
 
-// Gathers and eliminates one supernode of a subtree.
+// A front that the cache holds is gathered at once, a larger one strip by strip, just before each is worked on.
+constexpr std::int64_t mostGatheredAtOnce = 1 << 17;
+
+// Gathers and eliminates one supernode of a subtree; the right-hand side is reduced while the factor is at hand.
 void EliminateFront(std::int32_t s, SubtreeWorkspace& w) {
-    const EliminationTree& t = model.tree;
-    const Supernode& node = t.nodes[At(s)];
+    const Supernode& node = model.tree.nodes[At(s)];
     const bool streamed = IsStreamed(node);
     const Front front{node, streamed ? w.pivots.data() : FactorOf(node), UpdateOf(node, w)};
-    ClearGroups(front, 0, node.Groups());
-    SetEntries(front, EntriesEnd(s));
-    for (auto c = node.firstChild; c >= 0; c = t.nodes[At(c)].nextSibling) {
-        const Supernode& child = t.nodes[At(c)];
-        const double* const update = UpdateOf(child, w);
-        for (std::int64_t group = 0; group < child.RemainderGroups(); ++group) AddGroup(front, child, update, group);
-    }
+    const auto gather = [&](std::int64_t first, std::int64_t end) {
+        Gather(front, s, first, end, [&w](const Supernode& child) { return UpdateOf(child, w); });
+    };
+    const bool atOnce = node.FactorEntries() + node.UpdateEntries() <= mostGatheredAtOnce;
+    if (atOnce) gather(0, node.Groups());
+    const DenseSystem system = SystemOf(front, w.groups);
     FactorStripsHere(
-        SystemOf(front, w.groups), [](std::size_t) {}, w.scratch.data());
+        system,
+        [&](std::size_t strip) {
+            if (!atOnce) OverStrip(system, strip, gather);
+        },
+        w.scratch.data());
     if (streamed) ChosenDenseKernels().stream(front.factor, At(node.FactorEntries()), FactorOf(node));
+    ReduceByFront(s, front.factor, By::OneThread);
 }
 
-// The same by all threads, strip by strip.
+// The same by all threads.
 void EliminateTopFront(std::int32_t s) {
-    const EliminationTree& t = model.tree;
     SparseFactor& f = model.sparse;
-    const Supernode& node = t.nodes[At(s)];
+    const Supernode& node = model.tree.nodes[At(s)];
     const Front front{node, FactorOf(node), f.sharedUpdates.data() + node.update};
-    constexpr std::size_t groupsPerTask = 4;
-    RunChunks(At(node.Groups()), groupsPerTask, [&](std::size_t first, std::size_t end) {
-        ClearGroups(front, static_cast<std::int64_t>(first), static_cast<std::int64_t>(end));
-    });
-    SetEntries(front, EntriesEnd(s));
-    for (auto c = node.firstChild; c >= 0; c = t.nodes[At(c)].nextSibling) {
-        const Supernode& child = t.nodes[At(c)];
-        const double* const update = f.sharedUpdates.data() + child.update;
-        RunChunks(At(child.RemainderGroups()), groupsPerTask, [&](std::size_t first, std::size_t end) {
-            for (std::size_t group = first; group < end; ++group) {
-                AddGroup(front, child, update, static_cast<std::int64_t>(group));
-            }
-        });
-    }
+    const auto gather = [&](std::int64_t first, std::int64_t end) {
+        Gather(front, s, first, end, [&f](const Supernode& child) { return f.sharedUpdates.data() + child.update; });
+    };
+    const DenseSystem system = SystemOf(front, f.workspaces[0].groups);
     FactorStrips(
-        SystemOf(front, f.workspaces[0].groups), [](std::size_t) {},
+        system, [&](std::size_t strip) { OverStrip(system, strip, gather); },
         [] { return model.sparse.workspaces[ThreadNumber()].scratch.data(); });
+    ReduceByFront(s, front.factor, By::AllThreads);
 }
 
 }  // namespace
@@ -240,18 +330,48 @@ double BytesOfSparse() {
     return 8.0 * static_cast<double>(t.factorEntries + t.sharedUpdates + perThread * ThreadCount());
 }
 
-int FactorSparse() {
+namespace {
+
+constexpr std::size_t positionsPerTask = 16384;
+
+void LoadRightHandSide(std::span<const float> rhs) {
+    const EliminationTree& t = model.tree;
+    LargeTable<double>& own = model.sparse.own;
+    RunChunks(own.size(), positionsPerTask, [&](std::size_t first, std::size_t end) {
+        for (std::size_t i = first; i < end; ++i) {
+            own[i] = t.equation[i] < 0 ? 0.0 : static_cast<double>(rhs[At(t.equation[i])]);
+        }
+    });
+}
+
+// Calls inSubtree(supernode, thread's workspace) and inTop(supernode) for all, children first.
+template <class InSubtree, class InTop>
+[[nodiscard]] int ChildrenFirst(const InSubtree& inSubtree, const InTop& inTop) {
     const EliminationTree& t = model.tree;
     RunTasks(t.subtrees.size(), [&](std::size_t task) {
         SubtreeWorkspace& w = model.sparse.workspaces[ThreadNumber()];
         const Subtree& subtree = t.subtrees[task];
-        for (std::int32_t s = subtree.begin; s < subtree.end && IsRunning(); ++s) EliminateFront(s, w);
+        for (std::int32_t s = subtree.begin; s < subtree.end && IsRunning(); ++s) inSubtree(s, w);
     });
     for (const std::int32_t s : t.top) {
         if (!IsRunning()) return 0;
-        EliminateTopFront(s);
+        inTop(s);
     }
     return IsRunning();
+}
+
+}  // namespace
+
+int FactorSparse(std::span<const float> rhs) {
+    LoadRightHandSide(rhs);
+    return ChildrenFirst(EliminateFront, EliminateTopFront);
+}
+
+int ReduceSparse(std::span<const float> rhs) {
+    const auto reduce = [](std::int32_t s, By by) { ReduceByFront(s, FactorOf(model.tree.nodes[At(s)]), by); };
+    LoadRightHandSide(rhs);
+    return ChildrenFirst([&](std::int32_t s, const SubtreeWorkspace&) { reduce(s, By::OneThread); },
+                         [&](std::int32_t s) { reduce(s, By::AllThreads); });
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -259,43 +379,7 @@ int FactorSparse() {
 
 namespace {
 
-double* LeftOf(std::int32_t s) { return model.sparse.left.data() + model.sparse.firstLeft[At(s)]; }
-
-double* OwnOf(const Supernode& node) { return model.sparse.own.data() + node.first; }
-
-// Adds what a child leaves to the vectors of its parent.
-void AddChild(const Supernode& node, std::int32_t c, double* left) {
-    const EliminationTree& t = model.tree;
-    const Supernode& child = t.nodes[At(c)];
-    const double* const from = LeftOf(c);
-    double* const own = OwnOf(node);
-    for (std::int32_t i = 0; i < child.remainder; ++i) {
-        const std::int32_t place = t.place[At(child.firstRow + i)];
-        (place < node.padded ? own[place] : left[place - node.padded]) += from[i];
-    }
-}
-
-void SolveForward(std::int32_t s) {
-    const EliminationTree& t = model.tree;
-    const Supernode& node = t.nodes[At(s)];
-    const DenseKernels& kernels = ChosenDenseKernels();
-    double* const own = OwnOf(node);
-    double* const left = LeftOf(s);
-    std::fill_n(left, 8 * node.RemainderGroups(), 0.0);
-    for (auto c = node.firstChild; c >= 0; c = t.nodes[At(c)].nextSibling) AddChild(node, c, left);
-    const double* const factor = FactorOf(node);
-    for (std::int64_t g = 0; g < node.Groups(); ++g) {
-        const double* const rows = factor + node.FactorOffset(g);
-        if (g >= node.PivotGroups()) {
-            kernels.forward(rows, At(node.padded), own, left + (g - node.PivotGroups()) * 8);
-            continue;
-        }
-        kernels.forward(rows, At(g * 8), own, own + g * 8);
-        SolveForwardInSquare(rows + g * 64, own + g * 8);
-    }
-}
-
-void SolveBackward(std::int32_t s) {
+void SolveBackward(std::int32_t s, By by) {
     const EliminationTree& t = model.tree;
     const Supernode& node = t.nodes[At(s)];
     const DenseKernels& kernels = ChosenDenseKernels();
@@ -307,8 +391,11 @@ void SolveBackward(std::int32_t s) {
     for (std::int32_t i = 0; i < node.remainder; ++i) left[i] = model.sparse.own[At(t.row[At(node.firstRow + i)])];
     const double* const factor = FactorOf(node);
     const std::int64_t pivotGroups = node.PivotGroups();
-    kernels.backward(factor + node.FactorOffset(pivotGroups), At(node.padded), At(node.RemainderGroups()),
-                     At(node.padded) * 8, left, own);
+    constexpr std::size_t squaresAtOnce = 8;
+    OverPieces(by, pivotGroups, squaresAtOnce, [&](std::size_t first, std::size_t end) {
+        kernels.backward(factor + node.FactorOffset(pivotGroups) + first * 64, (end - first) * 8,
+                         At(node.RemainderGroups()), At(node.padded) * 8, left, own + first * 8);
+    });
     for (std::int64_t g = pivotGroups; g-- > 0;) {
         const double* const rows = factor + node.FactorOffset(g);
         SolveBackwardInSquare(rows + g * 64, own + g * 8);
@@ -320,25 +407,12 @@ void SolveBackward(std::int32_t s) {
 
 int SolveSparse(std::span<float> rhs) {
     const EliminationTree& t = model.tree;
-    LargeTable<double>& own = model.sparse.own;
-    constexpr std::size_t positionsPerTask = 16384;
-    RunChunks(own.size(), positionsPerTask, [&](std::size_t first, std::size_t end) {
-        for (std::size_t i = first; i < end; ++i) {
-            own[i] = t.equation[i] < 0 ? 0.0 : static_cast<double>(rhs[At(t.equation[i])]);
-        }
-    });
+    const LargeTable<double>& own = model.sparse.own;
+    if (!IsRunning()) return 0;
+    for (std::size_t i = t.top.size(); i-- > 0;) SolveBackward(t.top[i], By::AllThreads);
     RunTasks(t.subtrees.size(), [&](std::size_t task) {
         const Subtree& subtree = t.subtrees[task];
-        for (std::int32_t s = subtree.begin; s < subtree.end && IsRunning(); ++s) SolveForward(s);
-    });
-    for (const std::int32_t s : t.top) {
-        if (!IsRunning()) return 0;
-        SolveForward(s);
-    }
-    for (std::size_t i = t.top.size(); i-- > 0;) SolveBackward(t.top[i]);
-    RunTasks(t.subtrees.size(), [&](std::size_t task) {
-        const Subtree& subtree = t.subtrees[task];
-        for (std::int32_t s = subtree.end; s-- > subtree.begin && IsRunning();) SolveBackward(s);
+        for (std::int32_t s = subtree.end; s-- > subtree.begin && IsRunning();) SolveBackward(s, By::OneThread);
     });
     if (!IsRunning()) return 0;
     RunChunks(own.size(), positionsPerTask, [&](std::size_t first, std::size_t end) {

@@ -15,10 +15,14 @@ namespace kaldra {
 // Bytes that they take, with what a factorisation takes besides.
 [[nodiscard]] double BytesOfSparse();
 
-// Factorises the free equations of model.system. Gives 1, or 0 when Stop was pressed.
-[[nodiscard]] int FactorSparse();
+// Factorises the free equations of model.system, and reduces the right-hand side `rhs` on the way, by factors that the
+// cache still holds. Gives 1, or 0 when Stop was pressed.
+[[nodiscard]] int FactorSparse(std::span<const float> rhs);
 
-// Turns the right-hand side of the free equations into the solution, by the last factorisation; the others keep
+// Reduces another right-hand side by the last factorisation. Gives 1, or 0 when Stop was pressed.
+[[nodiscard]] int ReduceSparse(std::span<const float> rhs);
+
+// Puts the solution for the right-hand side that was reduced last in the free equations of `rhs`; the others keep
 // theirs. Gives 1, or 0 when Stop was pressed.
 [[nodiscard]] int SolveSparse(std::span<float> rhs);
 

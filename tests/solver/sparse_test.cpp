@@ -161,7 +161,8 @@ TEST_F(Sparse, EndsAtStopAndWithoutMemory) {
     WishSolver(Solver::Sparse);
     ASSERT_EQ(PrepareSolution(), 1);
     runState.running = 0;
-    EXPECT_TRUE(FactorSparse() == 0 && SolveSparse(model.SolutionVector) == 0 && PrepareSolution() == 0);
+    EXPECT_TRUE(FactorSparse(model.SolutionVector) == 0 && ReduceSparse(model.SolutionVector) == 0);
+    EXPECT_TRUE(SolveSparse(model.SolutionVector) == 0 && PrepareSolution() == 0);
     runState.running = 1;
     for (const Solver solver : {Solver::Sparse, Solver::Automatic}) {
         int failures = 0;
