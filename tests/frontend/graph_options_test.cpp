@@ -12,20 +12,14 @@
 namespace kaldra {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-
 class GraphOptionsDialog : public KaldraTest {
 protected:
     GraphOptionsDialog() {
         ChartOperations::Connect();
-        Problem problem = Column(1, 3);
-        problem.analysis = "2 1 0 1 0";
-        problem.times = {"1 0.5 0.5 1", "2 0.5 1.0 1"};
         WriteFile("case.cnp", ConvergenceText({{1, {1, 2, 3, 4, 5}}, {2, {5, 6, 7}}}));
-        EXPECT_EQ(OpenDataFile(WriteFile("case.kdr", problem.Text())), 1);
+        const Problem twoSteps = TransientColumn({"1 0.5 0.5 1", "2 0.5 1.0 1"});
+        EXPECT_EQ(OpenDataFile(WriteFile("case.kdr", twoSteps.Text())), 1);
     }
-    ~GraphOptionsDialog() override { chartService = {}; }
 };
 
 TEST_F(GraphOptionsDialog, ShowsTheStepsOfTheFileWhenIdle) {

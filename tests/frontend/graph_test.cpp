@@ -12,7 +12,6 @@ namespace kaldra {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 int repaints = 0;
@@ -32,7 +31,6 @@ protected:
             EXPECT_TRUE(GraphMemoryIsFree());
         };
     }
-    ~Graph() override { chartService = {}; }
 
     // A curve in memory, displayed from `first` to `last`.
     static void HaveCurve(std::vector<double> norms, std::int32_t first, std::int32_t last) {
@@ -52,11 +50,9 @@ protected:
 
     // The open document: a transient problem of two steps with a history.
     void OpenDocument(const std::string& history) {
-        Problem problem = Column(1, 3);
-        problem.analysis = "2 1 0 1 0";
-        problem.times = {"1 0.5 0.5 1", "2 0.5 1.0 1"};
+        const Problem twoSteps = TransientColumn({"1 0.5 0.5 1", "2 0.5 1.0 1"});
         WriteFile("case.cnp", history);
-        ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", problem.Text())), 1);
+        ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", twoSteps.Text())), 1);
     }
 };
 

@@ -5,7 +5,6 @@
 
 #include "frontend/commands.h"
 #include "platform/number_text.h"
-#include "run/analysis.h"
 #include "run/run_state.h"
 #include "support/kaldra_test.h"
 
@@ -14,13 +13,6 @@ namespace {
 
 class SteadyRun : public KaldraTest {
 protected:
-    // Presses a button once, behind the status line that begins so.
-    void PressBehind(std::string_view line, void (*press)()) {
-        recorder.onStatus = [=, pressed = false](std::string_view text) mutable {
-            if (!text.starts_with(line) || std::exchange(pressed, true)) return;
-            press();
-        };
-    }
     bool LeavesNothing() { return !HasFile("case.t00") && !HasFile("case.lkp"); }
 };
 
@@ -56,17 +48,6 @@ TEST_F(SteadyRun, LeavesItsFilesToTheByte) {
     }
 }
 
-TEST_F(SteadyRun, TheMarkerStandsWhileItRuns) {
-    std::string seen = "none";
-    recorder.onStatus = [&](std::string_view text) {
-        if (text == iteration1 && HasFile("case.lkp")) seen = ReadFile("case.lkp");
-    };
-    WriteFile("case.lkp", "older");
-    EXPECT_EQ(Run(Column()).result, 1);
-    EXPECT_EQ(seen, "");
-    EXPECT_FALSE(HasFile("case.lkp"));
-}
-
 TEST_F(SteadyRun, StopLeavesNoResults) {
     PressBehind("Solving...", Stop);
     EXPECT_EQ(Run(Column()).result, 0);
@@ -75,38 +56,6 @@ TEST_F(SteadyRun, StopLeavesNoResults) {
     EXPECT_EQ(Run(Column()).result, 0);
     EXPECT_THAT(recorder.status, ElementsAre("Solving...", iteration1, iteration2, "Stopping...", "Done."));
     EXPECT_TRUE(LeavesNothing());
-}
-
-// The front end's thread presses while the calculation thread waits for it in a status line.
-TEST_F(SteadyRun, ButtonsPressedOnTheOtherThread) {
-    for (const bool stop : {true, false}) {
-        std::atomic<bool> reached = false, pressed = false;
-        recorder.onStatus = [&](std::string_view text) {
-            if (text != iteration1) return;
-            reached = true;
-            reached.notify_one();
-            pressed.wait(false);
-        };
-        ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", Column().Text())), 1);
-        ASSERT_EQ(Start(), 1);
-        reached.wait(false);
-        const EnabledCommands now = CommandsNow();
-        EXPECT_TRUE(CalcThreadLives() && recorder.haltEnabled && now.stop && now.haltIteration && now.graph);
-        EXPECT_FALSE(now.start || now.newDocument || now.openDataFile || now.exit);
-        stop ? Stop() : HaltIteration();
-        EXPECT_EQ(CommandsNow().haltIteration, stop);  // Stop leaves the other buttons as they are
-        EXPECT_TRUE(stop || !recorder.haltEnabled);
-        pressed = true;
-        pressed.notify_one();
-        ASSERT_TRUE(WaitForPost());
-        EXPECT_EQ(recorder.result, stop ? 0 : 1);
-        HandleCalcThreadMsg(99, 0);  // no message of the calculation thread
-        EXPECT_TRUE(CalcThreadLives());
-        HandleCalcThreadMsg(runFinishedMessage, recorder.result);
-        recorder.posts = 0;
-        EXPECT_FALSE(CalcThreadLives());
-        EXPECT_EQ(HasFile("case.t00"), !stop);
-    }
 }
 
 // At 0 degrees in one end and 100 in the other, conductivity 1 + T/50: T + T^2/100 is linear (Kirchhoff), so that the
@@ -159,14 +108,18 @@ TEST_F(SteadyRun, MaxIterationsIsNoFailure) {
 }
 
 TEST_F(SteadyRun, FailuresOnTheThreadEndTheRun) {
-    Problem hot = Column(1e20, 1e20), cold = Column(), insideOut = Column(), timed = Column();
+    Problem hot = Column(1e20, 1e20), cold = Column(), insideOut = Column(), timed = Column(), unknown = Column();
     cold.K = {FunctionRows(1, {"0 0", "1 0"})};
     insideOut.elements[1] = "2 1 3 4 0 0 0 0 0 1 1 1";
     timed.B = {"1 2 0 0 0 0\nfunction\n0 3\n1 3"};
     timed.nodes[1] = "2 1 0 0 1 1 0 0 0";
-    for (const auto& [problem, message] : {std::pair{hot, 1136}, {cold, 1171}, {insideOut, 1194}, {timed, 1029}}) {
-        EXPECT_EQ(Run(problem).result, 0);
-        EXPECT_THAT(TakeMessages(), ElementsAre(message));
+    unknown.analysis = "3 1 0 1 0";  // comes to nothing without a word
+    const std::vector<std::pair<Problem, std::vector<int>>> cases{
+        {unknown, {}}, {hot, {1136}}, {cold, {1171}}, {insideOut, {1194}}, {timed, {1029}}};
+    for (const auto& [problem, messages] : cases) {
+        const Outcome run = Run(problem);
+        EXPECT_TRUE(run.started && run.result == 0);
+        EXPECT_EQ(TakeMessages(), messages);
         EXPECT_EQ(recorder.status.back(), "Done.");
         EXPECT_TRUE(LeavesNothing());
     }
@@ -176,59 +129,6 @@ TEST_F(SteadyRun, FailuresOnTheThreadEndTheRun) {
     std::filesystem::remove(Path("case.t00"));
     std::filesystem::create_directory(Path("case.lkp"));  // whether the marker can be made changes nothing
     EXPECT_EQ(Run(Column()).result, 1);
-}
-
-TEST_F(SteadyRun, AnUnknownKindComesToNothing) {
-    Problem column = Column();
-    column.analysis = "3 1 0 1 0";
-    const Outcome run = Run(column);
-    EXPECT_TRUE(run.started && run.result == 0);
-    EXPECT_THAT(recorder.status, ElementsAre("Solving...", "Done."));
-    EXPECT_TRUE(LeavesNothing() && !HasFile("case.cnp"));
-}
-
-TEST_F(SteadyRun, CommandsFollowTheState) {
-    const auto enabled = [] {
-        const EnabledCommands e = CommandsNow();
-        std::string letters;
-        for (const auto& [on, letter] : {std::pair{e.newDocument, 'n'},
-                                         {e.openDataFile, 'o'},
-                                         {e.openInitialConditions, 'i'},
-                                         {e.exit, 'x'},
-                                         {e.startTime, 't'},
-                                         {e.start, 's'},
-                                         {e.stop, 'p'},
-                                         {e.haltIteration, 'h'},
-                                         {e.graph, 'g'}}) {
-            if (on) letters += letter;
-        }
-        return letters;
-    };
-    EXPECT_EQ(enabled(), "ox");
-    const std::string path = WriteFile("case.kdr", Column().Text());
-    ASSERT_EQ(OpenDataFile(path), 1);
-    EXPECT_EQ(enabled(), "noxs");
-    EXPECT_EQ(runState.startStep, 0);
-    WriteFile("case.cnp", "");
-    ASSERT_EQ(OpenDataFile(path), 1);
-    EXPECT_EQ(enabled(), "noxsg");
-    std::filesystem::remove(path);
-    EXPECT_EQ(Start(), 0);  // the file is gone: Ready, with empty tables
-    EXPECT_EQ(enabled(), "noxsg");
-    EXPECT_EQ(model.nodeCount, 0);
-    EXPECT_EQ(OpenDataFile(path), 0);
-    EXPECT_EQ(enabled(), "ox");
-    EXPECT_EQ(model.dataFileName, "");
-    EXPECT_THAT(TakeMessages(), ElementsAre(1020, 1020));
-
-    Problem march = Column();
-    march.analysis = "2 1 0 1 0";
-    std::filesystem::remove(Path("case.cnp"));
-    ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", march.Text())), 1);
-    EXPECT_EQ(enabled(), "noixts");
-    EXPECT_EQ(runState.startStep, 1);
-    NewDocument();
-    EXPECT_EQ(enabled(), "ox");
 }
 
 }  // namespace
