@@ -4,20 +4,17 @@
 #include <set>
 
 #include "convergence/graph_memory.h"
+#include "frontend/chart_drawing.h"
 #include "frontend/commands.h"
 #include "frontend/graph.h"
 #include "frontend/panel.h"
 #include "platform/files.h"
 #include "run/analysis.h"
 #include "run/run_state.h"
-#include "support/chart_operations.h"
 #include "support/kaldra_test.h"
 
 namespace kaldra {
 namespace {
-
-using testing::Contains;
-using testing::Not;
 
 using Ids = std::set<int>;
 
@@ -26,7 +23,7 @@ const Ids untitled{commandOpenDataFile, commandExit};
 class RunStates : public KaldraTest {
 protected:
     RunStates() {
-        ChartOperations::Connect();
+        ConnectChartRecorder();
         frontEnd.CloseGraphWindow = [] { GraphWindowGone(); };
     }
 
@@ -133,7 +130,7 @@ TEST_F(RunStates, TheGraphLeavesTheTablesOfARunAlone) {
     Stop();  // running is 0, and the thread lives
     OpenGraph();
     UpdateGraph();
-    EXPECT_THAT(ChartOperations::Take(), Not(Contains("Begin")));
+    EXPECT_FALSE(ShownDrawing().drawn);
     EXPECT_EQ(model.nodeCount, 7);
     EXPECT_FALSE(IsCommandEnabled(commandGraph));
     CloseGraph();
@@ -146,15 +143,15 @@ TEST_F(RunStates, TheGraphLeavesTheTablesOfARunAlone) {
 // The curve is drawn while the calculation thread waits, one point longer each time.
 TEST_F(RunStates, TheLiveCurveGrows) {
     ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", Column(1, 3).Text())), 1);
-    recorder.onGraphData = [] { DrawGraphData(); };
+    std::vector<std::size_t> points;
+    recorder.onGraphData = [&points] {
+        DrawGraphData();
+        points.push_back(ShownDrawing().y.size());
+    };
     StartAndHold();
     OpenGraph();
     Release();
-    std::vector<std::string> counts;
-    for (const std::string& operation : ChartOperations::Take()) {
-        if (operation.starts_with("YData")) counts.push_back(operation.substr(0, 9));
-    }
-    EXPECT_THAT(counts, ElementsAre("YData 1 1", "YData 2 1"));
+    EXPECT_THAT(points, ElementsAre(1, 2));
     EXPECT_EQ(WaitForEnd(), 1);
     CloseGraph();
     EXPECT_TRUE(IsCommandEnabled(commandGraph));
