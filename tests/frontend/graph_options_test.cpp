@@ -4,7 +4,6 @@
 #include "frontend/chart_drawing.h"
 #include "frontend/commands.h"
 #include "frontend/graph.h"
-#include "run/messages.h"
 #include "run/run_state.h"
 #include "support/convergence_text.h"
 #include "support/kaldra_test.h"

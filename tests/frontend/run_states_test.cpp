@@ -3,7 +3,6 @@
 #include <future>
 #include <set>
 
-#include "convergence/graph_memory.h"
 #include "frontend/chart_drawing.h"
 #include "frontend/commands.h"
 #include "frontend/graph.h"

@@ -3,7 +3,6 @@
 #include "platform/faults.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <set>

@@ -19,33 +19,51 @@ protected:
 const std::string iteration1 = "    0\t1\t1.500000E+001";
 const std::string iteration2 = "    0\t2\t1.500000E+001\t0.0000E+000";
 
-// -1, 4 and 9 degrees: the squares of the six nodes add up to 196. The gradient of 5 drives 10 through the column, half
-// of it through each node of an end.
+// -1, 4 and 9 degrees: the squares of the six nodes add up to 196. The gradient of 5 drives 10 through the column of
+// conductivity 2, half of it through each node of an end. The zeros in x are reversed like all values, and the
+// section's line through the lower square goes from left to right with the warm side left of it.
 TEST_F(SteadyRun, LeavesItsFilesToTheByte) {
-    ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", Column().Text())), 1);
+    Problem column = Column();
+    column.flux = {"1 1\n1 -1 0.5 2 0.5", "2 1\n1 5 5 6 6"};
+    ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", column.Text())), 1);
     for (int round = 0; round < 2; ++round) {  // a second Start reads the file again
         EXPECT_EQ(RunOpened().result, 1);
         EXPECT_THAT(recorder.status, ElementsAre("Solving...", iteration1, iteration2, "Done."));
-        EXPECT_EQ(ReadFile("case.cnp"),
-                  "Title\r\nsubtitle\r\ncase\r\nrevision\r\n  \r\n  \r\nConvergence information.\r\n"
-                  "=============================================================================\r\n"
-                  "   \r\n"
-                  " StepNum:     0 ItNum:     1 Vector Norm: 1.500000E+001\r\n"
-                  " StepNum:     0 ItNum:     2 Vector Norm: 1.500000E+001 %Change:  0.0000E+000 \r\n");
-        EXPECT_EQ(ReadFile("case.t00"),
-                  "Title\r\nsubtitle\r\ncase\r\nrevision\r\n0   +0.0000E+000  = Step Number, Elapsed time\r\n"
-                  "   \r\n"
-                  "Node#  Temperature    Heat_Flux(Q)\r\n"
-                  "===================================\r\n"
-                  "    1 -1.000000E+000 -5.000000E+000\r\n"
-                  "    2 -1.000000E+000 -5.000000E+000\r\n"
-                  "    3 +4.000000E+000 +0.000000E+000\r\n"
-                  "    4 +4.000000E+000 +0.000000E+000\r\n"
-                  "    5 +9.000000E+000 +5.000000E+000\r\n"
-                  "    6 +9.000000E+000 +5.000000E+000\r\n"
-                  "    7 -2.500000E+000 +0.000000E+000\r\n");
         EXPECT_TRUE(runState.iteration == 3 && model.nodeCount == 0);  // nothing of the model remains
     }
+    const std::string header =
+        "Title\r\nsubtitle\r\ncase\r\nrevision\r\n0   +0.0000E+000  = Step Number, Elapsed time\r\n";
+    EXPECT_EQ(ReadFile("case.t00"), header + "   \r\nNode#  Temperature    Heat_Flux(Q)\r\n" + std::string(35, '=') +
+                                        "\r\n"
+                                        "    1 -1.000000E+000 -5.000000E+000\r\n"
+                                        "    2 -1.000000E+000 -5.000000E+000\r\n"
+                                        "    3 +4.000000E+000 +0.000000E+000\r\n"
+                                        "    4 +4.000000E+000 +0.000000E+000\r\n"
+                                        "    5 +9.000000E+000 +5.000000E+000\r\n"
+                                        "    6 +9.000000E+000 +5.000000E+000\r\n"
+                                        "    7 -2.500000E+000 +0.000000E+000\r\n");
+    std::string gradients = header + "   \r\nElem# Pnt#  Unit Flux X    Unit Flux Y    Gradient X     Gradient Y \r\n" +
+                            std::string(70, '=') + "\r\n";
+    for (int e = 1; e <= 4; ++e) {
+        gradients += FormatText("%5d    1 -0.000000E+000 -1.000000E+001 -0.000000E+000 -5.000000E+000\r\n", e);
+    }
+    std::string found = ReadFile("case.g00");
+    for (std::size_t at = 0; (at = found.find("+0.000000E+000", at)) != std::string::npos;)
+        found[at] = '-';  // sum of 0
+    EXPECT_EQ(found, gradients);
+    EXPECT_THAT(ReadFile("case.r00"),
+                testing::HasSubstr(
+                    std::string(85, '=') +
+                    "\r\n    1    1 +6.666667E-001 +2.000000E+000 +0.000000E+000 +0.000000E+000 +0.000000E+000\r\n"));
+    EXPECT_EQ(ReadFile("case.j00"), header + "  \r\nFlux Summary Data:   Total       Heat_Flux     Storage\r\n" +
+                                        std::string(57, '=') +
+                                        "\r\n  \r\n"
+                                        "Section     1 :   1.0000E+001   1.0000E+001  -0.0000E+000\r\n  \r\n"
+                                        "Section     2 :   0.0000E+000   0.0000E+000   0.0000E+000\r\n  \r\n"
+                                        "Section  Element     Total       Heat_Flux     Storage\r\n" +
+                                        std::string(57, '=') +
+                                        "\r\n   1        1    -5.0000E+000  -5.0000E+000  +0.0000E+000\r\n"
+                                        "   1        2    -5.0000E+000  -5.0000E+000  +0.0000E+000\r\n");
 }
 
 TEST_F(SteadyRun, StopLeavesNoResults) {

@@ -5,9 +5,7 @@
 #include <filesystem>
 
 #include "frontend/commands.h"
-#include "platform/faults.h"
 #include "platform/number_text.h"
-#include "run/run_state.h"
 #include "support/kaldra_test.h"
 
 namespace kaldra {
