@@ -11,8 +11,6 @@
 namespace kaldra {
 namespace {
 
-using testing::HasSubstr;
-
 class Panel : public KaldraTest {
 protected:
     static std::vector<std::string> Labels() {

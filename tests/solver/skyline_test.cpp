@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/faults.h"
 #include "platform/parallel.h"
 #include "platform/processor.h"
 #include "run/run_state.h"
@@ -178,13 +179,23 @@ TEST_F(Skyline, SmallPivotsAreShown) {
     }
 }
 
-TEST_F(Skyline, EndsAtStop) {
+TEST_F(Skyline, EndsAtStopAndWithoutMemory) {
     MakeRing(100);
     ASSERT_EQ(PrepareSolution(), 1);
     runState.running = 0;
     EXPECT_EQ(FactorSkyline(), 0);
     EXPECT_EQ(SolveSystem(), 0);
     EXPECT_THAT(TakeMessages(), ElementsAre());
+    runState.running = 1;
+    int failures = 0;
+    for (int call = 1;; ++call) {
+        model.lastSolution = LastSolution();
+        ArmFault(FaultSeam::Allocation, call);
+        if (Solve() == 1) break;
+        EXPECT_THAT(TakeMessages(), ElementsAre(1138));
+        ++failures;
+    }
+    EXPECT_GE(failures, 6);
 }
 
 // A strip of 24 columns begins at the highest of them.
