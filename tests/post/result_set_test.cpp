@@ -63,16 +63,13 @@ TEST_F(ResultSets, ValuesAreThoseOfTheFiles) {
 TEST_F(ResultSets, AFileThatIsNotWholeIsNoResult) {
     ASSERT_EQ(Run(FourSteps()).result, 1);
     EXPECT_THAT(Steps(), ElementsAre("1", "3", "4"));
-    for (const std::string letter : {"t", "g", "r", "j"}) {
-        const std::string name = "case." + letter + "03";
-        const std::string bytes = ReadFile(name);
-        WriteFile(name, bytes.substr(0, bytes.size() - 2));
-        EXPECT_THAT(Steps(), ElementsAre("1", "4")) << letter;
-        StepResults results;
-        EXPECT_EQ(ReadStepResults(3, results), 0);
-        EXPECT_THAT(TakeText(5002), testing::EndsWith(name));
-        WriteFile(name, bytes);
-    }
+    const std::string bytes = ReadFile("case.g03");
+    WriteFile("case.g03", bytes.substr(0, bytes.size() - 2));
+    EXPECT_THAT(Steps(), ElementsAre("1", "4"));
+    StepResults results;
+    EXPECT_EQ(ReadStepResults(3, results), 0);
+    EXPECT_THAT(TakeText(5002), testing::EndsWith("case.g03"));
+    WriteFile("case.g03", bytes);
     std::string text = ReadFile("case.j04");
     text.replace(text.find("Section     1"), 13, "Section     7");
     WriteFile("case.j04", text);

@@ -11,6 +11,15 @@ run() { # STATUS [ARGUMENT]...
     runs "$wanted" "$program" "$@"
 }
 
+# record EXPRESSION...: each is true of a.run.json, as r.
+record() {
+    local expression
+    for expression in "$@"; do
+        python3 -c 'import json, sys; r = json.load(open("a.run.json")); sys.exit(not eval(sys.argv[1]))' "$expression" ||
+            fail "a.run.json: not $expression: $(head -c 2000 a.run.json)"
+    done
+}
+
 readonly good=$'Solving...\n    0\t1\t1.500000E+001\n    0\t2\t1.500000E+001\t0.0000E+000\nDone.'
 
 finishes() {
@@ -45,14 +54,6 @@ fails() {
     run 1 plain.d/plain
     is err "error 1074: Invalid Data File Name."
     [ "$(ls plain.d)" = plain ] || fail "files beside plain"
-    problem 9 0.01 | sed 's/^2 6 5.*/2 6 5 3/' >bad.kdr
-    run 1 bad.kdr
-    is err 'error 1150: Cannot read Data file, check line:\n2 6 5 3'
-    problem 9 0.01 | sed 's/^2 6 5 3 4/2 4 3 5 6/' >area.kdr
-    run 1 area.kdr
-    is err 'error 1194: Area of finite element #2 is zero or negative.\nVerify data in KALDRA DEFINE.'
-    is out $'Solving...\nDone.'
-    gone area.lkp
     kind=7 problem 9 0.01 >kind.kdr
     run 1 kind.kdr
     is err "kaldra-run: analysis type 7 is neither 1 (steady state) nor 2 (transient)"
@@ -106,6 +107,7 @@ warns_and_is_strict() {
     has err "warning: $PWD/a.kdr:11: the iteration ended at maxIterations (1) without converging: raise maxIterations"
     there a.t00
     run 4 --strict a.kdr
+    record "r['exit']['status'] == 4" "r['steps'][0]['converged'] is False" "'without converging' in r['warnings'][0]"
     problem 9 0.01 >b.kdr
     run 0 --strict b.kdr
     smoothing=-1 problem 9 0.01 >c.kdr
@@ -351,15 +353,6 @@ halts_by_signal() {
     record "r['steps'][0]['halted'] and not r['steps'][0]['converged']" "r['steps'][0]['iterations'] > 1"
 }
 
-# record EXPRESSION...: each is true of a.run.json, as r.
-record() {
-    local expression
-    for expression in "$@"; do
-        python3 -c 'import json, sys; r = json.load(open("a.run.json")); sys.exit(not eval(sys.argv[1]))' "$expression" ||
-            fail "a.run.json: not $expression: $(head -c 2000 a.run.json)"
-    done
-}
-
 leaves_a_record() {
     problem 9 0.01 >a.kdr
     run 0 --threads 1 --solver sparse a.kdr
@@ -370,11 +363,11 @@ leaves_a_record() {
         "r['messages'] == r['warnings'] == []" "'$("$program" --version)' == 'kaldra-run ' + r['version']" \
         "len(r['commit'].rstrip('+')) == 40 or r['commit'] == 'unknown'" "r['begin'] <= r['end']" \
         "r['initial_temperatures'] is None"
-    problem 1 0.01 >a.kdr # not converged
-    run 4 --strict a.kdr
-    record "r['exit']['status'] == 4" "r['steps'][0]['converged'] is False" "'without converging' in r['warnings'][0]"
     problem 9 0.01 | sed 's/^2 6 5 3 4/2 4 3 5 6/' >a.kdr # fails under way
     run 1 a.kdr
+    is err 'error 1194: Area of finite element #2 is zero or negative.\nVerify data in KALDRA DEFINE.'
+    is out $'Solving...\nDone.'
+    gone a.lkp
     record "r['exit'] == {'reason': 'failed', 'status': 1, 'step_under_way': 0}" "r['steps'] == []" \
         "r['messages'][0].startswith('error 1194: Area of finite element #2')"
     problem 9 0.01 | sed 's/^2 6 5.*/2 6 5 3/' >a.kdr # a start that fails leaves the record of what is there,
@@ -382,6 +375,7 @@ leaves_a_record() {
     record "r['exit']['reason'] == 'failed'"
     rm a.run.json # or makes one
     run 1 a.kdr
+    is err 'error 1150: Cannot read Data file, check line:\n2 6 5 3'
     record "r['exit'] == {'reason': 'the start failed', 'status': 1, 'step_under_way': None}" \
         "r['messages'][0].startswith('error 1150: ')"
     starts
