@@ -11,7 +11,6 @@
 namespace kaldra {
 namespace {
 
-using testing::AnyOf;
 using testing::Contains;
 
 class Check : public KaldraTest {

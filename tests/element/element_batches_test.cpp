@@ -17,11 +17,6 @@ namespace {
 
 class ElementBatchesTest : public KaldraTest {
 protected:
-    ~ElementBatchesTest() override {
-        LimitProcessorLevel(ProcessorLevel::Avx512);
-        SetThreadCount(0);
-    }
-
     // Forty cells, bent and turned in their numbering, of five kinds and three materials.
     static Problem MixedProblem(const char* analysis) {
         Problem problem;

@@ -110,15 +110,6 @@ TEST_F(ElementMatrices, InsideOutElementsAreNamed) {
     EXPECT_EQ(shown("1 2 3 0 0 0 0 0", "1 1 1", 1), infinite);  // a triangle
 }
 
-// A trapezium 4 wide at the bottom and 2 at the top, 3 high: 3/2 times half the width at s, 1.5 - s/2.
-TEST_F(ElementMatrices, OrdinaryDeterminantsFollowTheArea) {
-    ASSERT_TRUE(PrepareElement({{3, 3}, {1, 3}, {0, 0}, {4, 0}}, "1 2 3 4 0 0 0 0", 4));
-    EXPECT_THAT((std::array{Determinant(0.25F, 0), Determinant(-0.5F, 1), Determinant(0, -0.5F)}),
-                Near(1e-6F, {2.25F, 1.5F, 2.625F}));
-    ASSERT_TRUE(PrepareElement({{1, 1}, {4, 2}, {2, 5}}, "1 2 3 0 0 0 0 0", 1));
-    EXPECT_FLOAT_EQ(Determinant(0.1F, 0.2F), 11);  // 3 * 4 - 1 * 1, twice the area
-}
-
 // Near side at x = 10, 4 high, pole at x = 0: x = 20 / (1 - r), so that d = 40 / (1 - r)^2. A pole ten farther away
 // doubles it. Towards y the same element turned by a quarter.
 TEST_F(ElementMatrices, OneInfiniteDirectionMapsByTheDistanceFromThePole) {

@@ -4,40 +4,8 @@
 
 #include <cmath>
 
-#include "convergence/graph_memory.h"
-#include "frontend/graph.h"
-
 namespace kaldra {
 namespace {
-
-using testing::ElementsAre;
-
-TEST(ChartDrawing, IsShownWholeAtItsEnd) {
-    ConnectChartRecorder();
-    graphMemory = {};
-    SetGraphDefaults();
-    graphMemory.GraphNorms = graphMemory.GraphIterations = {1, 2};
-    graphMemory.GraphPointCount = graphMemory.GraphLastIteration = 2;
-    graphMemory.GraphFontStyle = graphItalic;
-    EXPECT_FALSE(ShownDrawing().drawn);
-    RedrawGraph();
-    const ChartDrawing& shown = ShownDrawing();
-    EXPECT_TRUE(shown.drawn && shown.joinsPoints && shown.marksPoints && shown.thickLine && shown.coloured);
-    EXPECT_EQ(shown.fontName, "Arial");
-    EXPECT_EQ(shown.texts[chartMainTitle].sizePercent, 125);
-    EXPECT_EQ(shown.texts[chartLegend].sizePercent, 93);
-    EXPECT_TRUE(shown.texts[chartAxisTitles].italic && !shown.texts[chartAxisTitles].bold);
-    EXPECT_THAT(XAxisOf(shown, 10).ticks, ElementsAre(0, 1, 2, 3));
-    EXPECT_EQ(CurveText(shown), "Iteration #\tVector Norm\n1\t1.0000E+000\n2\t2.0000E+000\n");
-
-    chartService.ChartClear(1);
-    chartService.ChartBegin();
-    EXPECT_TRUE(ShownDrawing().drawn);  // until the next one ends
-    chartService.ChartDestroy(0);
-    EXPECT_FALSE(ShownDrawing().drawn);
-    chartService = {};
-    graphMemory = {};
-}
 
 TEST(ChartAxis, StepsAreOneTwoOrFive) {
     struct Case {

@@ -1,31 +1,24 @@
 #include "frontend/graph_options.h"
 
 #include "convergence/graph_memory.h"
+#include "frontend/chart_drawing.h"
 #include "frontend/commands.h"
 #include "frontend/graph.h"
-#include "run/messages.h"
 #include "run/run_state.h"
-#include "support/chart_operations.h"
 #include "support/convergence_text.h"
 #include "support/kaldra_test.h"
 
 namespace kaldra {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-
 class GraphOptionsDialog : public KaldraTest {
 protected:
     GraphOptionsDialog() {
-        ChartOperations::Connect();
-        Problem problem = Column(1, 3);
-        problem.analysis = "2 1 0 1 0";
-        problem.times = {"1 0.5 0.5 1", "2 0.5 1.0 1"};
+        ConnectChartRecorder();
         WriteFile("case.cnp", ConvergenceText({{1, {1, 2, 3, 4, 5}}, {2, {5, 6, 7}}}));
-        EXPECT_EQ(OpenDataFile(WriteFile("case.kdr", problem.Text())), 1);
+        const Problem twoSteps = TransientColumn({"1 0.5 0.5 1", "2 0.5 1.0 1"});
+        EXPECT_EQ(OpenDataFile(WriteFile("case.kdr", twoSteps.Text())), 1);
     }
-    ~GraphOptionsDialog() override { chartService = {}; }
 };
 
 TEST_F(GraphOptionsDialog, ShowsTheStepsOfTheFileWhenIdle) {
@@ -103,11 +96,11 @@ TEST_F(GraphOptionsDialog, TheUsersRangeReplacesTheOneOfTheReaders) {
     options.endText = "4";
     options.symbols = options.colour = false;
     ChooseGraphFont(options, std::string(40, 'f'), {.weight = 700, .italic = true}, 24, 16);
-    (void)ChartOperations::Take();
     ASSERT_EQ(AcceptGraphOptions(options), 0);
-    EXPECT_THAT(ChartOperations::Take(),
-                testing::IsSupersetOf({"Clear 1", "Title Step Number 1", "TextStyle 0 1 48 150",
-                                       "YData 3 1 2.00000000E+000 3.00000000E+000 4.00000000E+000"}));
+    const ChartTextLook& title = ShownDrawing().texts[chartMainTitle];
+    EXPECT_TRUE(title.sizePercent == 150 && title.bold && title.italic);
+    EXPECT_EQ(ShownDrawing().title, "Step Number 1");
+    EXPECT_THAT(ShownDrawing().y, ElementsAre(2, 3, 4));
     EXPECT_EQ(graphMemory.GraphDisplayFlags, graphThickLines);
     EXPECT_EQ(graphMemory.GraphFontName.size(), longestFontName);
     EXPECT_EQ(FontLabel(options), std::string(32, 'f') + " Bold Italic");

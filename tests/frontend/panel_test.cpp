@@ -11,9 +11,6 @@
 namespace kaldra {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-
 class Panel : public KaldraTest {
 protected:
     static std::vector<std::string> Labels() {
@@ -24,10 +21,7 @@ protected:
 
     // A transient problem whose second time needs more digits than the list shows.
     std::string Transient() const {
-        Problem problem = Column(1, 3);
-        problem.analysis = "2 1 0 1 0";
-        problem.times = {"1 0.5 0.5 1", "2 12 12.5 1", "3 1 13.5 1"};
-        return WriteFile("case.kdr", problem.Text());
+        return WriteFile("case.kdr", TransientColumn({"1 0.5 0.5 1", "2 12 12.5 1", "3 1 13.5 1"}).Text());
     }
 };
 

@@ -1,34 +1,33 @@
 // What the front end may do in each state of a run, with the calculation thread held at its first line.
+#include <filesystem>
 #include <future>
 #include <set>
 
-#include "convergence/graph_memory.h"
+#include "frontend/chart_drawing.h"
 #include "frontend/commands.h"
 #include "frontend/graph.h"
 #include "frontend/panel.h"
 #include "platform/files.h"
 #include "run/analysis.h"
 #include "run/run_state.h"
-#include "support/chart_operations.h"
 #include "support/kaldra_test.h"
 
 namespace kaldra {
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::Not;
+using Ids = std::set<int>;
+
+const Ids untitled{commandOpenDataFile, commandExit};
 
 class RunStates : public KaldraTest {
 protected:
     RunStates() {
-        ChartOperations::Connect();
+        ConnectChartRecorder();
         frontEnd.CloseGraphWindow = [] { GraphWindowGone(); };
     }
-    ~RunStates() override { chartService = {}; }
 
-    static std::set<int> Enabled() {
-        std::set<int> ids;
+    static Ids Enabled() {
+        Ids ids;
         for (const MenuItem& item : MainMenu()) {
             if (IsCommandEnabled(item.id)) ids.insert(item.id);
         }
@@ -39,34 +38,51 @@ protected:
         return ids;
     }
 
-    std::string Transient() const {
-        Problem problem = Column(1, 3);
-        problem.analysis = "2 1 0 1 0";
-        problem.times = {"1 0.5 0.5 1"};
-        return WriteFile("case.kdr", problem.Text());
-    }
+    std::string Transient() const { return WriteFile("case.kdr", TransientColumn({"1 0.5 0.5 1"}).Text()); }
 
-    // Starts the open document; its thread stands still until Release.
-    void StartAndHold() {
-        recorder.onStatus = [this](std::string_view line) {
-            if (line == "Solving...") released.get_future().wait();
+    // Starts the open document; its thread stands still behind the line that begins so, until Release.
+    void StartAndHold(std::string_view begin = "Solving...") {
+        recorder.onStatus = [this, begin](std::string_view line) {
+            if (!line.starts_with(begin)) return;
+            holds.set_value();
+            released.get_future().wait();
         };
         ASSERT_EQ(Start(), 1);
+        holds.get_future().wait();
     }
     void Release() {
         released.set_value();
-        ASSERT_TRUE(WaitForPost());
+        WaitForPost();
     }
 
-    std::promise<void> released;
+    std::promise<void> holds, released;
 };
 
-TEST_F(RunStates, EnableTheseCommands) {
-    using Ids = std::set<int>;
-    EXPECT_EQ(Enabled(), (Ids{commandOpenDataFile, commandExit}));
-
-    ASSERT_EQ(OpenDataFile(WriteFile("steady.kdr", Column(1, 3).Text())), 1);
+TEST_F(RunStates, FollowTheDocument) {
+    EXPECT_EQ(Enabled(), untitled);
+    const std::string path = WriteFile("case.kdr", Column().Text());
+    ASSERT_EQ(OpenDataFile(path), 1);
     EXPECT_EQ(Enabled(), (Ids{commandNew, commandOpenDataFile, commandExit, commandStart}));
+    EXPECT_EQ(runState.startStep, 0);
+    WriteFile("case.cnp", "");
+    ASSERT_EQ(OpenDataFile(path), 1);
+    const Ids withHistory{commandNew, commandOpenDataFile, commandExit, commandStart, commandGraph};
+    EXPECT_EQ(Enabled(), withHistory);
+    std::filesystem::remove(path);
+    EXPECT_EQ(Start(), 0);  // the file is gone: ready, with empty tables
+    EXPECT_EQ(Enabled(), withHistory);
+    EXPECT_EQ(model.nodeCount, 0);
+    EXPECT_EQ(OpenDataFile(path), 0);
+    EXPECT_EQ(Enabled(), untitled);
+    EXPECT_EQ(model.dataFileName, "");
+    EXPECT_THAT(TakeMessages(), ElementsAre(1020, 1020));
+    ASSERT_EQ(OpenDataFile(Transient()), 1);
+    EXPECT_EQ(runState.startStep, 1);
+    NewDocument();
+    EXPECT_EQ(Enabled(), untitled);
+}
+
+TEST_F(RunStates, EnableTheseCommands) {
     ASSERT_EQ(OpenChosenFile(Transient()), 1);
     const Ids ready{commandNew,  commandOpenDataFile, commandOpenInitialConditions,
                     commandExit, commandStartTime,    commandStart};
@@ -86,11 +102,25 @@ TEST_F(RunStates, EnableTheseCommands) {
     EXPECT_EQ(boxes[0].text, "Computation in progress.\nPress STOP before closing Windows.");
 
     Release();
+    HandleCalcThreadMsg(99, 0);     // no message of the calculation thread
     EXPECT_EQ(Enabled(), running);  // until the thread has been waited for
-    HandleCalcThreadMsg(runFinishedMessage, 0);
+    EXPECT_EQ(WaitForEnd(), 0);
+    EXPECT_FALSE(HasFile("case.t01"));
     EXPECT_EQ(Enabled(), ready);
     runState.convergenceFileExists = 1;
     EXPECT_TRUE(IsCommandEnabled(commandGraph));
+}
+
+TEST_F(RunStates, HaltIsPressedOnce) {
+    ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", Column().Text())), 1);
+    StartAndHold("    0\t1\t");
+    EXPECT_TRUE(recorder.haltEnabled);
+    HaltIteration();
+    EXPECT_FALSE(recorder.haltEnabled || IsCommandEnabled(commandHaltIteration));
+    EXPECT_TRUE(IsCommandEnabled(commandStop));
+    Release();
+    EXPECT_EQ(WaitForEnd(), 1);
+    EXPECT_TRUE(HasFile("case.t00"));
 }
 
 TEST_F(RunStates, TheGraphLeavesTheTablesOfARunAlone) {
@@ -99,30 +129,29 @@ TEST_F(RunStates, TheGraphLeavesTheTablesOfARunAlone) {
     Stop();  // running is 0, and the thread lives
     OpenGraph();
     UpdateGraph();
-    EXPECT_THAT(ChartOperations::Take(), Not(Contains("Begin")));
+    EXPECT_FALSE(ShownDrawing().drawn);
     EXPECT_EQ(model.nodeCount, 7);
     EXPECT_FALSE(IsCommandEnabled(commandGraph));
     CloseGraph();
     EXPECT_EQ(model.nodeCount, 7);
     EXPECT_TRUE(IsCommandEnabled(commandGraph));
     Release();
-    HandleCalcThreadMsg(runFinishedMessage, 0);
+    (void)WaitForEnd();
 }
 
 // The curve is drawn while the calculation thread waits, one point longer each time.
 TEST_F(RunStates, TheLiveCurveGrows) {
     ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", Column(1, 3).Text())), 1);
-    recorder.onGraphData = [] { DrawGraphData(); };
+    std::vector<std::size_t> points;
+    recorder.onGraphData = [&points] {
+        DrawGraphData();
+        points.push_back(ShownDrawing().y.size());
+    };
     StartAndHold();
     OpenGraph();
-    released.set_value();
-    ASSERT_TRUE(WaitForPost());
-    std::vector<std::string> counts;
-    for (const std::string& operation : ChartOperations::Take()) {
-        if (operation.starts_with("YData")) counts.push_back(operation.substr(0, 9));
-    }
-    EXPECT_THAT(counts, ElementsAre("YData 1 1", "YData 2 1"));
-    HandleCalcThreadMsg(runFinishedMessage, recorder.result);
+    Release();
+    EXPECT_THAT(points, ElementsAre(1, 2));
+    EXPECT_EQ(WaitForEnd(), 1);
     CloseGraph();
     EXPECT_TRUE(IsCommandEnabled(commandGraph));
 }
@@ -139,7 +168,7 @@ TEST_F(RunStates, OneRunAtATimeWorksOnADataFile) {
     StartAndHold();
     EXPECT_EQ(other.Take(Path("case.kdr")), FileLock::Result::HeldElsewhere);
     Release();
-    HandleCalcThreadMsg(runFinishedMessage, 1);
+    EXPECT_EQ(WaitForEnd(), 1);
     EXPECT_EQ(other.Take(Path("case.kdr")), FileLock::Result::Held);
 }
 

@@ -36,14 +36,5 @@ TEST_F(FunctionSetup, SmoothingKeepsThePointsOfTheFile) {
     }
 }
 
-TEST_F(FunctionSetup, NodesOutsideActiveElementsHaveNoEquation) {
-    Problem problem = Column();
-    problem.materials = {"1 1 0 1 1 0", "2 0 0 1 1 0"};
-    problem.FixedNode(6, 5, 3);
-    problem.Element("5 6 8 0 0 0 0 0", 1, "1", 2);  // a NULL element
-    ASSERT_TRUE(Prepare(problem));
-    EXPECT_THAT(model.EquationCode, ElementsAre(1, 1, 0, 0, 1, 1, 9, 9));
-}
-
 }  // namespace
 }  // namespace kaldra

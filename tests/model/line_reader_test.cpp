@@ -66,14 +66,5 @@ TEST_F(LineReader, ReadsOncePerBlockAndShowsFailures) {
     EXPECT_EQ(lines, 1500);
 }
 
-TEST_F(LineReader, TrimsSpacesOnly) {
-    for (const auto& [text, trimmed] : {std::pair{"  a b ", "a b "}, {" \ta", "\ta"}, {"   ", "   "}, {"", ""}}) {
-        LineBuffer line;
-        line.length = std::string_view(text).copy(line.text.data(), lineBufferSize);
-        TrimLeadingBlanks(line);
-        EXPECT_EQ(line.View(), trimmed);
-    }
-}
-
 }  // namespace
 }  // namespace kaldra

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <limits>
 #include <random>
+#include <sstream>
 #include <string>
 
 #include "platform/number_text.h"
@@ -50,28 +51,12 @@ TEST(Decimal, ReadsDigitsAsTheLibraryDoes) {
         if (random() % 2) text += 'e' + std::to_string(static_cast<int>(random() % 100) - 60);
         ExpectReadAsByTheLibrary(text);
     }
-    for (const char* text : {"16777217",
-                             "16777219e10",
-                             "33554433",
-                             "1e10",
-                             "1e11",
-                             "3.4028235e38",
-                             "3.4028236e38",
-                             "340282356779733661637539395458142568447",
-                             "340282356779733661637539395458142568448",
-                             "340282346638528859811704183484516925440",
-                             "1.17549435e-38",
-                             "1.17549429e-38",
-                             "1e-45",
-                             "7.0064923216240853e-46",
-                             "7.0064923216240854e-46",
-                             "0.0000000000000000000000000000000001",
-                             "9999999999999999999",
-                             "18446744073709551616",
-                             "0e99999",
-                             "0000000000000000000000001.5"}) {
-        ExpectReadAsByTheLibrary(text);
-    }
+    std::istringstream limits(
+        "16777217 16777219e10 33554433 1e10 1e11 3.4028235e38 3.4028236e38 340282356779733661637539395458142568447 "
+        "340282356779733661637539395458142568448 340282346638528859811704183484516925440 1.17549435e-38 1.17549429e-38 "
+        "1e-45 7.0064923216240853e-46 7.0064923216240854e-46 0.0000000000000000000000000000000001 9999999999999999999 "
+        "18446744073709551616 0e99999 0000000000000000000000001.5");
+    for (std::string text; limits >> text;) ExpectReadAsByTheLibrary(text);
 }
 
 // The decimals that fall on the middle between two neighbours, just below and just above it.

@@ -58,19 +58,6 @@ TEST_F(Files, LocksAreHeldOnceAndVanish) {
     EXPECT_EQ(none.Take(Path("none")), Result::Impossible);
 }
 
-TEST_F(Files, FaultsStrikeOnceOrFromThenOn) {
-    const auto strikes = [](std::int64_t first, bool onlyOnce) {
-        ArmFault(FaultSeam::FileCall, first, onlyOnce);
-        std::string pattern;
-        for (int i = 0; i < 4; ++i) pattern += FaultStrikes(FaultSeam::FileCall) ? 'x' : '.';
-        return pattern;
-    };
-    EXPECT_EQ(strikes(2, true), ".x..");
-    EXPECT_EQ(strikes(3, false), "..xx");
-    EXPECT_EQ(strikes(0, true), "....");
-    EXPECT_EQ(FaultCalls(FaultSeam::FileCall), 4);
-}
-
 TEST_F(Files, TablesGrowZeroFilledOrShowAMessage) {
     std::vector<std::int32_t> table{1, 2};
     EXPECT_EQ(ResizeTable(table, 4), 1);

@@ -14,14 +14,7 @@ namespace {
 
 class Restart : public KaldraTest {
 protected:
-    static Problem TransientColumn() {
-        Problem column = Column();
-        column.analysis = "2 1 0 1 0";
-        column.materials = {"1 1 1 1 1 0"};
-        column.S = {FunctionRows(1, {"-100 0", "100 1"})};
-        column.times = {"1 1 1", "2 1 2", "3 1 3", "4 1 4"};
-        return column;
-    }
+    static Problem FourSteps() { return TransientColumn({"1 1 1", "2 1 2", "3 1 3", "4 1 4"}); }
     static std::string Result(const std::string& time, const std::string& rows) {
         return "a\r\nb\r\nc\r\nd\r\n" + time + "\r\n   \r\ncolumns\r\n==============\r\n" + rows;
     }
@@ -33,7 +26,7 @@ struct FileCheck {
 };
 
 TEST_F(Restart, FilesAreCheckedByNameStepAndTime) {
-    ASSERT_TRUE(Prepare(TransientColumn()));
+    ASSERT_TRUE(Prepare(FourSteps()));
     for (const char* name : {"case.t02", "case.t03", "CASE.T03"}) WriteFile(name, Result("2   +2.0000E+000  =", ""));
     const std::vector<FileCheck> checks{
         {"case.t3", 4, -1},   {"case.t", 4, -1},
@@ -60,7 +53,7 @@ TEST_F(Restart, FilesAreCheckedByNameStepAndTime) {
 }
 
 TEST_F(Restart, DefaultFilesAreThoseOfTheStepBefore) {
-    ASSERT_TRUE(Prepare(TransientColumn()));
+    ASSERT_TRUE(Prepare(FourSteps()));
     const auto mode = [](int step, int found) {
         EXPECT_EQ(SetStartStep(step), found);
         EXPECT_EQ(runState.currentStep, step - 1);
@@ -82,7 +75,7 @@ TEST_F(Restart, DefaultFilesAreThoseOfTheStepBefore) {
 }
 
 TEST_F(Restart, ResultsOnDiskAreHeldAgainstTheTimeSequence) {
-    ASSERT_TRUE(Prepare(TransientColumn()));
+    ASSERT_TRUE(Prepare(FourSteps()));
     EXPECT_EQ(LastConsistentStep('t'), 4);  // nothing on disk contradicts
     WriteFile("case.t01", Result("1   +1.0000E+000  =", ""));
     WriteFile("case.t03", Result("3   +3.0001E+000  =", ""));
@@ -94,7 +87,7 @@ TEST_F(Restart, ResultsOnDiskAreHeldAgainstTheTimeSequence) {
 }
 
 TEST_F(Restart, AnotherTimeSequenceIsRefused) {
-    const std::string path = WriteFile("case.kdr", TransientColumn().Text());
+    const std::string path = WriteFile("case.kdr", FourSteps().Text());
     ASSERT_EQ(OpenDataFile(path), 1);
     WriteFile("case.t02", Result("2   +2.5000E+000  =", ""));
     const std::string start =
@@ -102,23 +95,18 @@ TEST_F(Restart, AnotherTimeSequenceIsRefused) {
         "Choose Set Start Time to start from time step 1";
     runState.startStep = 3;
     EXPECT_FALSE(RunOpened().started);
-    std::vector<MessageBox> boxes = TakeBoxes();
-    ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_EQ(boxes[0].number, 1301);
-    EXPECT_EQ(boxes[0].text, start + " or re-start at time step 2 . ");
+    EXPECT_EQ(TakeText(1301), start + " or re-start at time step 2 . ");
     WriteFile("case.t01", Result("1   +1.5000E+000  =", ""));
     EXPECT_FALSE(RunOpened().started);
-    boxes = TakeBoxes();
-    ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_EQ(boxes[0].text, start + " . ");
-    EXPECT_EQ(boxes[0].caption, "KALDRA SOLVE");
+    EXPECT_EQ(recorder.boxes.at(0).caption, "KALDRA SOLVE");
+    EXPECT_EQ(TakeText(1301), start + " . ");
 }
 
 const std::string sevenRows = "1 1.5 0.5 9\r\n2 2.5\r\n3 3 3\r\n4 4 4\r\n5 5 5\r\n6 6 6\r\n7 7 7\r\n";
 const std::string fourPoints = "1 1 9 2.5\r\n 2 1 9 3.5\r\n 3 1 9 4.5\r\n 4 1 9 5.5\r\n";
 
 TEST_F(Restart, TemperaturesAndConductivitiesAreReadAndWrittenBack) {
-    ASSERT_TRUE(Prepare(TransientColumn()));
+    ASSERT_TRUE(Prepare(FourSteps()));
     WriteFile("case.t02", Result("2   +2.0000E+000  =", sevenRows + "\r\n"));
     WriteFile("case.r02", Result("2   +2.0000E+000  =", fourPoints));
     ASSERT_EQ(SetStartStep(3), 1);
@@ -154,7 +142,7 @@ TEST_F(Restart, WrongFilesAreNamed) {
         {"no rule in the second", Result(header, sevenRows), "1 1 9 2\r\n", 1151},
     };
     for (const BadFile& file : files) {
-        ASSERT_TRUE(Prepare(TransientColumn()));
+        ASSERT_TRUE(Prepare(FourSteps()));
         WriteFile("case.t02", file.temperatures);
         WriteFile("case.r02", file.conductivities);
         ASSERT_EQ(SetStartStep(3), 1);

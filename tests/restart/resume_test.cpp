@@ -15,12 +15,8 @@ using Steps = std::pair<int, bool>;  // the step whose results are built on, and
 
 class Resume : public KaldraTest {
 protected:
-    static Problem TransientColumn() {
-        Problem column = Column();
-        column.analysis = "2 1 0 1 0";
-        column.materials = {"1 1 1 1 1 0"};
-        column.S = {FunctionRows(1, {"-100 0", "100 1"})};
-        column.times = {"1 1 1 1", "2 1 2 0", "3 1 3 1", "4 1 4 1", "5 1 5 0"};
+    static Problem FiveSteps() {
+        Problem column = TransientColumn({"1 1 1 1", "2 1 2 0", "3 1 3 1", "4 1 4 1", "5 1 5 0"});
         column.flux = {"1 1\n1 -1 0.5 2 0.5"};
         return column;
     }
@@ -42,7 +38,7 @@ protected:
 };
 
 TEST_F(Resume, BuildsOnTheLastSavedStepThatIsWhole) {
-    LeaveResults(TransientColumn());
+    LeaveResults(FiveSteps());
     EXPECT_EQ(Find(), Steps(4, true));  // step 5 leaves nothing
     std::filesystem::remove(Path("case.g04"));
     EXPECT_EQ(Find(), Steps(3, false));
@@ -56,7 +52,7 @@ TEST_F(Resume, BuildsOnTheLastSavedStepThatIsWhole) {
 
 // Whatever a killed writer has left of a file, a shorter one included that ends behind a whole number or a whole line.
 TEST_F(Resume, NoPartOfAFileIsWhole) {
-    LeaveResults(TransientColumn());
+    LeaveResults(FiveSteps());
     for (const char letter : {'t', 'g', 'r', 'j'}) {
         const std::string name = std::string("case.") + letter + "04";
         const std::string bytes = ReadFile(name);
@@ -77,19 +73,19 @@ TEST_F(Resume, NoPartOfAFileIsWhole) {
 }
 
 TEST_F(Resume, ResultsHaveToFitTheDataFile) {
-    LeaveResults(TransientColumn());
-    Problem later = TransientColumn();
+    LeaveResults(FiveSteps());
+    Problem later = FiveSteps();
     later.times[2] = "3 1.5 3.5 1";
     ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", later.Text())), 1);
     Touch("case.kdr", "case.t01");
     EXPECT_EQ(Find(), Steps(1, false));
     EXPECT_THAT(TakeWarnings(), ElementsAre(testing::HasSubstr("case.kdr was changed after the results of step 1")));
-    Problem finer = TransientColumn();
+    Problem finer = FiveSteps();
     finer.times = {"1 1 1 1", "2 0.23456 1.23456 1", "3 1 2 1"};
     LeaveResults(finer);
     EXPECT_EQ(Find(), Steps(1, false));
     EXPECT_THAT(TakeWarnings(), ElementsAre(testing::HasSubstr("case.kdr:14: the elapsed time 1.23456 of step 2")));
-    Problem standing = TransientColumn();
+    Problem standing = FiveSteps();
     standing.times = {"1 1 1 1", "2 0 1 1"};
     LeaveResults(standing);
     for (const char* letter : {"t", "g", "r", "j"}) {  // the same time, another step

@@ -11,8 +11,6 @@ namespace {
 
 class ResultRows : public KaldraTest {
 protected:
-    ~ResultRows() override { SetThreadCount(0); }
-
     // Writes rows "n half" for n = 1, 2, ... and gives the file.
     std::string Written(std::size_t count) {
         static constexpr RowFormat format("%5d %+14.6E");

@@ -5,7 +5,6 @@
 
 #include "frontend/commands.h"
 #include "platform/number_text.h"
-#include "run/analysis.h"
 #include "run/run_state.h"
 #include "support/kaldra_test.h"
 
@@ -14,57 +13,57 @@ namespace {
 
 class SteadyRun : public KaldraTest {
 protected:
-    // Presses a button once, behind the status line that begins so.
-    void PressBehind(std::string_view line, void (*press)()) {
-        recorder.onStatus = [=, pressed = false](std::string_view text) mutable {
-            if (!text.starts_with(line) || std::exchange(pressed, true)) return;
-            press();
-        };
-    }
     bool LeavesNothing() { return !HasFile("case.t00") && !HasFile("case.lkp"); }
 };
 
 const std::string iteration1 = "    0\t1\t1.500000E+001";
 const std::string iteration2 = "    0\t2\t1.500000E+001\t0.0000E+000";
 
-// -1, 4 and 9 degrees: the squares of the six nodes add up to 196. The gradient of 5 drives 10 through the column, half
-// of it through each node of an end.
+// -1, 4 and 9 degrees: the squares of the six nodes add up to 196. The gradient of 5 drives 10 through the column of
+// conductivity 2, half of it through each node of an end. The zeros in x are reversed like all values, and the
+// section's line through the lower square goes from left to right with the warm side left of it.
 TEST_F(SteadyRun, LeavesItsFilesToTheByte) {
-    ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", Column().Text())), 1);
+    Problem column = Column();
+    column.flux = {"1 1\n1 -1 0.5 2 0.5", "2 1\n1 5 5 6 6"};
+    ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", column.Text())), 1);
     for (int round = 0; round < 2; ++round) {  // a second Start reads the file again
         EXPECT_EQ(RunOpened().result, 1);
         EXPECT_THAT(recorder.status, ElementsAre("Solving...", iteration1, iteration2, "Done."));
-        EXPECT_EQ(ReadFile("case.cnp"),
-                  "Title\r\nsubtitle\r\ncase\r\nrevision\r\n  \r\n  \r\nConvergence information.\r\n"
-                  "=============================================================================\r\n"
-                  "   \r\n"
-                  " StepNum:     0 ItNum:     1 Vector Norm: 1.500000E+001\r\n"
-                  " StepNum:     0 ItNum:     2 Vector Norm: 1.500000E+001 %Change:  0.0000E+000 \r\n");
-        EXPECT_EQ(ReadFile("case.t00"),
-                  "Title\r\nsubtitle\r\ncase\r\nrevision\r\n0   +0.0000E+000  = Step Number, Elapsed time\r\n"
-                  "   \r\n"
-                  "Node#  Temperature    Heat_Flux(Q)\r\n"
-                  "===================================\r\n"
-                  "    1 -1.000000E+000 -5.000000E+000\r\n"
-                  "    2 -1.000000E+000 -5.000000E+000\r\n"
-                  "    3 +4.000000E+000 +0.000000E+000\r\n"
-                  "    4 +4.000000E+000 +0.000000E+000\r\n"
-                  "    5 +9.000000E+000 +5.000000E+000\r\n"
-                  "    6 +9.000000E+000 +5.000000E+000\r\n"
-                  "    7 -2.500000E+000 +0.000000E+000\r\n");
         EXPECT_TRUE(runState.iteration == 3 && model.nodeCount == 0);  // nothing of the model remains
     }
-}
-
-TEST_F(SteadyRun, TheMarkerStandsWhileItRuns) {
-    std::string seen = "none";
-    recorder.onStatus = [&](std::string_view text) {
-        if (text == iteration1 && HasFile("case.lkp")) seen = ReadFile("case.lkp");
-    };
-    WriteFile("case.lkp", "older");
-    EXPECT_EQ(Run(Column()).result, 1);
-    EXPECT_EQ(seen, "");
-    EXPECT_FALSE(HasFile("case.lkp"));
+    const std::string header =
+        "Title\r\nsubtitle\r\ncase\r\nrevision\r\n0   +0.0000E+000  = Step Number, Elapsed time\r\n";
+    EXPECT_EQ(ReadFile("case.t00"), header + "   \r\nNode#  Temperature    Heat_Flux(Q)\r\n" + std::string(35, '=') +
+                                        "\r\n"
+                                        "    1 -1.000000E+000 -5.000000E+000\r\n"
+                                        "    2 -1.000000E+000 -5.000000E+000\r\n"
+                                        "    3 +4.000000E+000 +0.000000E+000\r\n"
+                                        "    4 +4.000000E+000 +0.000000E+000\r\n"
+                                        "    5 +9.000000E+000 +5.000000E+000\r\n"
+                                        "    6 +9.000000E+000 +5.000000E+000\r\n"
+                                        "    7 -2.500000E+000 +0.000000E+000\r\n");
+    std::string gradients = header + "   \r\nElem# Pnt#  Unit Flux X    Unit Flux Y    Gradient X     Gradient Y \r\n" +
+                            std::string(70, '=') + "\r\n";
+    for (int e = 1; e <= 4; ++e) {
+        gradients += FormatText("%5d    1 -0.000000E+000 -1.000000E+001 -0.000000E+000 -5.000000E+000\r\n", e);
+    }
+    std::string found = ReadFile("case.g00");
+    for (std::size_t at = 0; (at = found.find("+0.000000E+000", at)) != std::string::npos;)
+        found[at] = '-';  // sum of 0
+    EXPECT_EQ(found, gradients);
+    EXPECT_THAT(ReadFile("case.r00"),
+                testing::HasSubstr(
+                    std::string(85, '=') +
+                    "\r\n    1    1 +6.666667E-001 +2.000000E+000 +0.000000E+000 +0.000000E+000 +0.000000E+000\r\n"));
+    EXPECT_EQ(ReadFile("case.j00"), header + "  \r\nFlux Summary Data:   Total       Heat_Flux     Storage\r\n" +
+                                        std::string(57, '=') +
+                                        "\r\n  \r\n"
+                                        "Section     1 :   1.0000E+001   1.0000E+001  -0.0000E+000\r\n  \r\n"
+                                        "Section     2 :   0.0000E+000   0.0000E+000   0.0000E+000\r\n  \r\n"
+                                        "Section  Element     Total       Heat_Flux     Storage\r\n" +
+                                        std::string(57, '=') +
+                                        "\r\n   1        1    -5.0000E+000  -5.0000E+000  +0.0000E+000\r\n"
+                                        "   1        2    -5.0000E+000  -5.0000E+000  +0.0000E+000\r\n");
 }
 
 TEST_F(SteadyRun, StopLeavesNoResults) {
@@ -75,38 +74,6 @@ TEST_F(SteadyRun, StopLeavesNoResults) {
     EXPECT_EQ(Run(Column()).result, 0);
     EXPECT_THAT(recorder.status, ElementsAre("Solving...", iteration1, iteration2, "Stopping...", "Done."));
     EXPECT_TRUE(LeavesNothing());
-}
-
-// The front end's thread presses while the calculation thread waits for it in a status line.
-TEST_F(SteadyRun, ButtonsPressedOnTheOtherThread) {
-    for (const bool stop : {true, false}) {
-        std::atomic<bool> reached = false, pressed = false;
-        recorder.onStatus = [&](std::string_view text) {
-            if (text != iteration1) return;
-            reached = true;
-            reached.notify_one();
-            pressed.wait(false);
-        };
-        ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", Column().Text())), 1);
-        ASSERT_EQ(Start(), 1);
-        reached.wait(false);
-        const EnabledCommands now = CommandsNow();
-        EXPECT_TRUE(CalcThreadLives() && recorder.haltEnabled && now.stop && now.haltIteration && now.graph);
-        EXPECT_FALSE(now.start || now.newDocument || now.openDataFile || now.exit);
-        stop ? Stop() : HaltIteration();
-        EXPECT_EQ(CommandsNow().haltIteration, stop);  // Stop leaves the other buttons as they are
-        EXPECT_TRUE(stop || !recorder.haltEnabled);
-        pressed = true;
-        pressed.notify_one();
-        ASSERT_TRUE(WaitForPost());
-        EXPECT_EQ(recorder.result, stop ? 0 : 1);
-        HandleCalcThreadMsg(99, 0);  // no message of the calculation thread
-        EXPECT_TRUE(CalcThreadLives());
-        HandleCalcThreadMsg(runFinishedMessage, recorder.result);
-        recorder.posts = 0;
-        EXPECT_FALSE(CalcThreadLives());
-        EXPECT_EQ(HasFile("case.t00"), !stop);
-    }
 }
 
 // At 0 degrees in one end and 100 in the other, conductivity 1 + T/50: T + T^2/100 is linear (Kirchhoff), so that the
@@ -159,14 +126,18 @@ TEST_F(SteadyRun, MaxIterationsIsNoFailure) {
 }
 
 TEST_F(SteadyRun, FailuresOnTheThreadEndTheRun) {
-    Problem hot = Column(1e20, 1e20), cold = Column(), insideOut = Column(), timed = Column();
+    Problem hot = Column(1e20, 1e20), cold = Column(), insideOut = Column(), timed = Column(), unknown = Column();
     cold.K = {FunctionRows(1, {"0 0", "1 0"})};
     insideOut.elements[1] = "2 1 3 4 0 0 0 0 0 1 1 1";
     timed.B = {"1 2 0 0 0 0\nfunction\n0 3\n1 3"};
     timed.nodes[1] = "2 1 0 0 1 1 0 0 0";
-    for (const auto& [problem, message] : {std::pair{hot, 1136}, {cold, 1171}, {insideOut, 1194}, {timed, 1029}}) {
-        EXPECT_EQ(Run(problem).result, 0);
-        EXPECT_THAT(TakeMessages(), ElementsAre(message));
+    unknown.analysis = "3 1 0 1 0";  // comes to nothing without a word
+    const std::vector<std::pair<Problem, std::vector<int>>> cases{
+        {unknown, {}}, {hot, {1136}}, {cold, {1171}}, {insideOut, {1194}}, {timed, {1029}}};
+    for (const auto& [problem, messages] : cases) {
+        const Outcome run = Run(problem);
+        EXPECT_TRUE(run.started && run.result == 0);
+        EXPECT_EQ(TakeMessages(), messages);
         EXPECT_EQ(recorder.status.back(), "Done.");
         EXPECT_TRUE(LeavesNothing());
     }
@@ -176,59 +147,6 @@ TEST_F(SteadyRun, FailuresOnTheThreadEndTheRun) {
     std::filesystem::remove(Path("case.t00"));
     std::filesystem::create_directory(Path("case.lkp"));  // whether the marker can be made changes nothing
     EXPECT_EQ(Run(Column()).result, 1);
-}
-
-TEST_F(SteadyRun, AnUnknownKindComesToNothing) {
-    Problem column = Column();
-    column.analysis = "3 1 0 1 0";
-    const Outcome run = Run(column);
-    EXPECT_TRUE(run.started && run.result == 0);
-    EXPECT_THAT(recorder.status, ElementsAre("Solving...", "Done."));
-    EXPECT_TRUE(LeavesNothing() && !HasFile("case.cnp"));
-}
-
-TEST_F(SteadyRun, CommandsFollowTheState) {
-    const auto enabled = [] {
-        const EnabledCommands e = CommandsNow();
-        std::string letters;
-        for (const auto& [on, letter] : {std::pair{e.newDocument, 'n'},
-                                         {e.openDataFile, 'o'},
-                                         {e.openInitialConditions, 'i'},
-                                         {e.exit, 'x'},
-                                         {e.startTime, 't'},
-                                         {e.start, 's'},
-                                         {e.stop, 'p'},
-                                         {e.haltIteration, 'h'},
-                                         {e.graph, 'g'}}) {
-            if (on) letters += letter;
-        }
-        return letters;
-    };
-    EXPECT_EQ(enabled(), "ox");
-    const std::string path = WriteFile("case.kdr", Column().Text());
-    ASSERT_EQ(OpenDataFile(path), 1);
-    EXPECT_EQ(enabled(), "noxs");
-    EXPECT_EQ(runState.startStep, 0);
-    WriteFile("case.cnp", "");
-    ASSERT_EQ(OpenDataFile(path), 1);
-    EXPECT_EQ(enabled(), "noxsg");
-    std::filesystem::remove(path);
-    EXPECT_EQ(Start(), 0);  // the file is gone: Ready, with empty tables
-    EXPECT_EQ(enabled(), "noxsg");
-    EXPECT_EQ(model.nodeCount, 0);
-    EXPECT_EQ(OpenDataFile(path), 0);
-    EXPECT_EQ(enabled(), "ox");
-    EXPECT_EQ(model.dataFileName, "");
-    EXPECT_THAT(TakeMessages(), ElementsAre(1020, 1020));
-
-    Problem march = Column();
-    march.analysis = "2 1 0 1 0";
-    std::filesystem::remove(Path("case.cnp"));
-    ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", march.Text())), 1);
-    EXPECT_EQ(enabled(), "noixts");
-    EXPECT_EQ(runState.startStep, 1);
-    NewDocument();
-    EXPECT_EQ(enabled(), "ox");
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
-#include <map>
 #include <random>
 #include <thread>
 
@@ -20,8 +19,6 @@
 namespace kaldra {
 namespace {
 
-using Contents = std::map<std::string, std::string>;
-
 // Presses Stop within the notification number `at`, on the thread that makes it.
 struct Notifications {
     static void Note() {
@@ -34,40 +31,17 @@ struct Notifications {
 class Stops : public KaldraTest {
 protected:
     Stops() { SetThreadCount(2); }
-    ~Stops() override {
-        SetThreadCount(0);
-        WishSolver(Solver::Automatic);
-    }
     // Frost from above into a square of n by n wet elements.
     static Problem FreezingSquare(int n, int steps) {
-        Problem square;
-        for (int i = 0; i <= n; ++i) {
-            for (int j = 0; j <= n; ++j) square.Node(j, i, i == n ? "-6 1 0 0 1 2" : "0 0 0 0 1 2");
-        }
-        for (int low = 1; low + n + 2 <= (n + 1) * (n + 1); ++low) {
-            if (low % (n + 1) == 0) continue;
-            square.Element(FormatText("%d %d %d %d 0 0 0 0", low + n + 2, low + n + 1, low, low + 1), 4);
-        }
-        square.materials = {"1 1 1 2 3 0.4"};
-        square.S = {FunctionRows(1, {"-10 0", "-0.5 0.1", "0 1", "10 1"}, "0 4")};
-        square.flux = {"1 1\n1 -1 0.5 99 0.5"};
-        square.analysis = steps == 0 ? "1 1 0 1 0" : "2 1 300 1 0";
+        Problem square = Square(n);
+        MakeWet(square);
+        if (steps == 0) square.analysis = "1 1 0 1 0";
         for (int i = 1; i <= steps; ++i) square.times.push_back(FormatText("%d 0.5 %.1f %d", i, 0.5 * i, i % 2));
-        square.converge = "30 0.1 4";
         return square;
-    }
-    [[nodiscard]] Contents ResultFiles() const {
-        Contents files;
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-            const std::string name = entry.path().filename().string();
-            if (name != "case.kdr") files[name] = ReadFile(name);
-        }
-        return files;
     }
     // Starts with an empty folder. Notifications are counted from here on.
     bool Begin(const Problem& problem) {
-        for (const auto& [name, bytes] : ResultFiles()) std::filesystem::remove(Path(name));
-        recorder.posts = 0;
+        for (const auto& [name, bytes] : FilesBeside()) std::filesystem::remove(Path(name));
         recorder.status.clear();
         if (!OpenDataFile(WriteFile("case.kdr", problem.Text()))) return false;
         graphMemory.GraphWindow = 1;
@@ -75,17 +49,12 @@ protected:
         Notifications::seen = 0;
         return Start() == 1;
     }
-    int End() {
-        if (!WaitForPost()) std::abort();
-        HandleCalcThreadMsg(runFinishedMessage, recorder.result);
-        return recorder.result;
-    }
     void ExpectBeginningOf(const Contents& whole, int result) {
-        EXPECT_FALSE(CalcThreadLives() || runState.running != 0);
+        EXPECT_FALSE(CalcThreadLives() || runState.running != 0 || HasFile("case.lkp"));
         EXPECT_EQ(TakeMessages(), std::vector<int>{});
         FileLock lock;
         EXPECT_EQ(lock.Take(Path("case.kdr")), FileLock::Result::Held);
-        const Contents files = ResultFiles();
+        const Contents files = FilesBeside();
         EXPECT_TRUE(result == 0 || files == whole);
         int cut = 0;
         for (const auto& [name, bytes] : files) {
@@ -114,15 +83,15 @@ TEST_F(Stops, AtEveryNotification) {
             const Problem problem = FreezingSquare(6, steps);
             Notifications::at = 0;
             ASSERT_TRUE(Begin(problem));
-            ASSERT_EQ(End(), 1);
+            ASSERT_EQ(WaitForEnd(), 1);
             const int last = Notifications::seen;
-            const Contents whole = ResultFiles();
+            const Contents whole = FilesBeside();
             int stopped = 0;
             for (int n = 1; n <= last; ++n) {
                 SCOPED_TRACE(n);
                 Notifications::at = n;
                 ASSERT_TRUE(Begin(problem));
-                const int result = End();
+                const int result = WaitForEnd();
                 stopped += result == 0;
                 ExpectBeginningOf(whole, result);
             }
@@ -140,16 +109,16 @@ TEST_F(Stops, AtRandomMoments) {
         const Problem problem = FreezingSquare(8 + upTo(24), upTo(3));
         ASSERT_TRUE(Begin(problem));
         const auto begun = std::chrono::steady_clock::now();
-        ASSERT_EQ(End(), 1);
+        ASSERT_EQ(WaitForEnd(), 1);
         const std::chrono::duration<double, std::micro> length = std::chrono::steady_clock::now() - begun;
-        const Contents whole = ResultFiles();
+        const Contents whole = FilesBeside();
         for (int i = 0; i < 6; ++i) {
             const double moment = length.count() * upTo(110) / 100;
             SCOPED_TRACE(testing::Message() << "round " << round << ", after " << moment << " microseconds");
             ASSERT_TRUE(Begin(problem));
             std::this_thread::sleep_for(std::chrono::duration<double, std::micro>(moment));
             Stop();
-            ExpectBeginningOf(whole, End());
+            ExpectBeginningOf(whole, WaitForEnd());
         }
     }
 }

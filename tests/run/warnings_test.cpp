@@ -5,9 +5,7 @@
 #include <filesystem>
 
 #include "frontend/commands.h"
-#include "platform/faults.h"
 #include "platform/number_text.h"
-#include "run/run_state.h"
 #include "support/kaldra_test.h"
 
 namespace kaldra {
@@ -17,13 +15,9 @@ class Warnings : public KaldraTest {
 protected:
     // The column of squares over four steps; its upper end follows boundary function 1 of these header and points.
     static Problem Driven(const std::string& function, const Rows& times = {"1 1 1", "2 1 2", "3 1 3", "4 1 4"}) {
-        Problem column = Column();
-        column.analysis = "2 1 0 1 0";
-        column.materials = {"1 1 1 1 1 0"};
-        column.S = {FunctionRows(1, {"-100 0", "100 1"})};
+        Problem column = TransientColumn(times);
         column.B = {function};
         column.nodes[4] = "5 0 2 0 1 1 0 0 0";
-        column.times = times;
         return column;
     }
     // The warnings since the last call without the folder.
@@ -100,27 +94,6 @@ TEST_F(Warnings, OldFilesAndTheMarkerMayResist) {
                             "case.lkp could not be made, so other programs do not see that a run is under way",
                             "case.lkp could not be deleted and tells other programs of a run: delete it"}));
     EXPECT_TRUE(ResultsAreWhole());
-}
-
-// The run goes on behind a short .jNN file and a lost copy, so that nothing but this tells of them.
-TEST_F(Warnings, BrokenFilesAreTold) {
-    Problem column = Column();
-    for (int i = 1; i <= 20; ++i) column.flux.push_back(FormatText("%d 1\n1 -1 0.5 2 0.5", i));
-    std::filesystem::create_symlink("/dev/full", Path("case.j00"));
-    EXPECT_EQ(Run(column).result, 1);
-    EXPECT_THAT(TakeMessages(), ElementsAre(1192));
-    EXPECT_FALSE(ResultsAreWhole());
-    const std::string broken = " was not written whole and must not be used: make room for it, then start again";
-    EXPECT_EQ(Take(), Rows{"case.j00" + broken});
-
-    Problem copying = Driven("1 2 0 0 0 0\nf\n0 9\n4 9");
-    ASSERT_EQ(OpenDataFile(WriteFile("case.kdr", copying.Text())), 1);
-    std::filesystem::create_symlink("/dev/full", Path("case.vin"));
-    WriteFile("other.v00", "v");
-    ASSERT_EQ(ChooseInitialConditions(WriteFile("other.t00", ReadFile("case.t00"))), 1);
-    EXPECT_EQ(RunOpened().result, 1);
-    EXPECT_FALSE(ResultsAreWhole());
-    EXPECT_EQ(Take(), Rows{"case.vin" + broken});
 }
 
 }  // namespace

@@ -31,11 +31,6 @@ struct Grid {
 class Sparse : public KaldraTest {
 protected:
     Sparse() { runState.running = 1; }
-    ~Sparse() override {
-        SetThreadCount(0);
-        LimitProcessorLevel(ProcessorLevel::Avx512);
-        WishSolver(Solver::Automatic);
-    }
 
     static void MakeSystem(const Grid& grid) {
         const int n = grid.columns * grid.rows;

@@ -13,15 +13,19 @@
 #include "convergence/convergence_monitor.h"
 #include "convergence/graph_memory.h"
 #include "element/element_batches.h"
+#include "frontend/chart_service.h"
 #include "frontend/commands.h"
 #include "model/data_file.h"
 #include "model/function_setup.h"
 #include "model/line_reader.h"
 #include "platform/faults.h"
 #include "platform/memory.h"
+#include "platform/parallel.h"
+#include "platform/processor.h"
 #include "results/text_writer.h"
 #include "run/analysis.h"
 #include "run/run_state.h"
+#include "solver/solution.h"
 
 namespace kaldra {
 
@@ -35,9 +39,13 @@ static void Renew(State& state) {  // what holds atomics or locks cannot be assi
 
 static void ResetProcess() {
     frontEnd = FrontEnd();
+    chartService = ChartService();
     ArmFault(FaultSeam::FileCall, 0);
     ArmFault(FaultSeam::Allocation, 0);
     ArmFault(FaultSeam::OperatorNew, 0);
+    SetThreadCount(0);
+    LimitProcessorLevel(ProcessorLevel::Avx512);
+    WishSolver(Solver::Automatic);
     File none;
     ReadLine(none, clearbuf);
     (void)WriteBuffered(none, clearbuf);
@@ -121,12 +129,28 @@ std::string KaldraTest::ReadFile(std::string_view name) const {
 
 bool KaldraTest::HasFile(std::string_view name) const { return std::filesystem::exists(Path(name)); }
 
+Contents KaldraTest::FilesBeside() const {
+    Contents files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        const std::string name = entry.path().filename().string();
+        if (name != "case.kdr" && name != "case.lkp") files[name] = ReadFile(name);
+    }
+    return files;
+}
+
 std::vector<MessageBox> KaldraTest::TakeBoxes() { return std::exchange(recorder.boxes, {}); }
 
 std::vector<int> KaldraTest::TakeMessages() {
     std::vector<int> numbers;
     for (const MessageBox& box : TakeBoxes()) numbers.push_back(box.number);
     return numbers;
+}
+
+std::string KaldraTest::TakeText(int number) {
+    const std::vector<MessageBox> boxes = TakeBoxes();
+    if (boxes.size() == 1 && boxes[0].number == number) return boxes[0].text;
+    ADD_FAILURE() << boxes.size() << " messages, and not " << number << " alone";
+    return "";
 }
 
 bool KaldraTest::Prepare(const Problem& problem) {
@@ -144,18 +168,36 @@ bool KaldraTest::Prepare(const Problem& problem) {
            BuildElementBatches();
 }
 
-bool KaldraTest::WaitForPost() {
+void KaldraTest::WaitForPost() {
     std::unique_lock lock(recorder.lock);
-    return recorder.finished.wait_for(lock, std::chrono::seconds(120), [&] { return recorder.posts > 0; });
+    const auto posted = [&] { return recorder.posts > 0; };
+    if (!recorder.finished.wait_for(lock, std::chrono::seconds(120), posted)) {
+        std::abort();  // nothing can be put right while the thread works on
+    }
 }
 
 Outcome KaldraTest::RunOpened() {
     recorder.posts = 0;
     if (!Start()) return {};
-    if (!WaitForPost()) std::abort();  // nothing can be put right while the thread works on
-    Outcome outcome{true, recorder.result, model};
-    HandleCalcThreadMsg(runFinishedMessage, outcome.result);
+    WaitForPost();  // behind which the tables are still there
+    Outcome outcome{true, 0, model};
+    outcome.result = WaitForEnd();
     return outcome;
+}
+
+int KaldraTest::WaitForEnd() {
+    WaitForPost();
+    recorder.posts = 0;
+    HandleCalcThreadMsg(runFinishedMessage, recorder.result);
+    return recorder.result;
+}
+
+void KaldraTest::PressBehind(const std::string& line, void (*press)()) {
+    recorder.onStatus = [line, press, pressed = false](std::string_view text) mutable {
+        if (pressed || !text.starts_with(line)) return;
+        pressed = true;
+        press();
+    };
 }
 
 Outcome KaldraTest::Run(const Problem& problem) {

@@ -9,6 +9,7 @@
 
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -21,6 +22,8 @@
 namespace kaldra {
 
 using testing::ElementsAre;
+
+using Contents = std::map<std::string, std::string>;  // of files, by name
 
 // Matches a sequence of numbers within a tolerance.
 inline auto Near(float tolerance, std::vector<float> expected) {
@@ -40,8 +43,8 @@ struct Recorder {
     std::function<void()> onGraphData = [] {};
 };
 
-// True while no thread holds the mutex of the graph memory. Tried on a thread of its own, as a holder may always take it
-// again.
+// True while no thread holds the mutex of the graph memory. Tried on a thread of its own, as a holder may always take
+// it again.
 bool GraphMemoryIsFree();
 
 // A run that was waited for.
@@ -60,17 +63,22 @@ protected:
     std::string WriteFile(std::string_view name, std::string_view bytes) const;  // gives its path
     [[nodiscard]] std::string ReadFile(std::string_view name) const;
     [[nodiscard]] bool HasFile(std::string_view name) const;
+    [[nodiscard]] Contents FilesBeside() const;  // the data file case.kdr and the marker of its run
 
     // The boxes, or their numbers, that were shown since the last call. A box that is not taken fails the test.
     std::vector<MessageBox> TakeBoxes();
     std::vector<int> TakeMessages();
+    std::string TakeText(int number);  // of the only box, which has this number
 
     // Reads the problem as a run does and makes every table that the element code needs. False after a message.
     bool Prepare(const Problem& problem);
     // Opens the problem as case.kdr, starts it and waits for its end.
     Outcome Run(const Problem& problem);
     Outcome RunOpened();  // starts the open document and waits for its end
-    bool WaitForPost();   // of the calculation thread
+    void WaitForPost();   // of the calculation thread
+    int WaitForEnd();     // and hands the post over; gives the run's result
+    // Presses a button once, behind the first status line that begins so.
+    void PressBehind(const std::string& line, void (*press)());
 
     std::string folder;
     Recorder& recorder;

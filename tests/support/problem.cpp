@@ -55,4 +55,33 @@ Problem Column(double bottom, double top) {
     return column;
 }
 
+Problem TransientColumn(const Rows& times) {
+    Problem column = Column();
+    column.analysis = "2 1 0 1 0";
+    column.materials = {"1 1 1 1 1 0"};
+    column.S = {FunctionRows(1, {"-100 0", "100 1"})};
+    column.times = times;
+    return column;
+}
+
+Problem Square(int n) {
+    Problem square;
+    for (int i = 0; i <= n; ++i) {
+        for (int j = 0; j <= n; ++j) square.Node(j, i, i == n ? "-6 1 0 0 1 2" : "0 0 0 0 1 2");
+    }
+    for (int low = 1; low + n + 2 <= (n + 1) * (n + 1); ++low) {
+        if (low % (n + 1) == 0) continue;
+        square.Element(FormatText("%d %d %d %d 0 0 0 0", low + n + 2, low + n + 1, low, low + 1), 4);
+    }
+    square.flux = {"1 1\n1 -1 0.5 99 0.5"};
+    return square;
+}
+
+void MakeWet(Problem& problem) {
+    problem.analysis = "2 1 300 1 0";
+    problem.materials = {"1 1 1 2 3 0.4"};
+    problem.S = {FunctionRows(1, {"-10 0", "-0.5 0.1", "0 1", "10 1"}, "0 4")};
+    problem.converge = "30 0.1 4";
+}
+
 }  // namespace kaldra

@@ -37,4 +37,13 @@ struct Problem {
 // the top, and node 7 in no element. Everything in it is exact in f32.
 Problem Column(double bottom = -1, double top = 9);
 
+// The column over the time steps "number increment elapsed save", of heat capacity 1 and without latent heat.
+Problem TransientColumn(const Rows& times);
+
+// n by n unit squares of four nodes at 2 degrees under a surface at -6, and a flux section through the lowest row.
+Problem Square(int n);
+
+// Gives a problem wet ground and a transient analysis in which it may freeze.
+void MakeWet(Problem& problem);
+
 }  // namespace kaldra
