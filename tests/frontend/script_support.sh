@@ -1,4 +1,4 @@
-# What the test scripts of the programs share: a folder of their own to work in, checks that count failures, a problem.
+# What the test scripts of the programs share: a folder of their own to work in, checks that count failures, and a problem.
 # Each sources this file, defines one procedure per case, runs one of them and exits with `verdict`.
 set -u
 examples=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../examples" && pwd)

@@ -192,7 +192,6 @@ TEST_F(Rehearsal, FileCallsFailInTurn) {
     for (const Rehearsed& start : {Steady(), Transient(), Restarted(), Continued()}) {
         for (const Ending& end : RehearseAll(start, FaultSeam::FileCall, true)) {
             found[end.call].insert(end.Text());
-            EXPECT_LE(end.warnings.size(), 1U) << "a marker that was never made is not missed, call " << end.call;
             if (end.whole) continue;
             const std::string name = "case." + end.call.substr(end.call.find(' ') + 1);
             EXPECT_THAT(end.warnings, testing::ElementsAre(testing::ContainsRegex(name + ".* was not written whole")));

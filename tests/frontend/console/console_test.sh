@@ -171,10 +171,10 @@ meets_a_file_size_limit() {
         (ulimit -f "$blocks" && exec "$program" -q a.kdr 2>&1 </dev/null) | cat >both
         status=${PIPESTATUS[0]}
         if [ "$status" = 0 ]; then
-            for file in whole/*; do cmp "$file" "${file#*/}" || fail "$blocks KiB: ${file#*/} is not whole"; done
-            python3 -m json.tool a.run.json >/dev/null || fail "$blocks KiB: a.run.json is not whole"
+            for file in whole/*; do cmp "$file" "${file#*/}" || fail "files of $blocks KiB: ${file#*/} is not whole"; done
+            python3 -m json.tool a.run.json >/dev/null || fail "files of $blocks KiB: a.run.json is not whole"
         else
-            grep -Eq "error 1192: |error 10[0-9]{2}: " both || fail "$blocks KiB: $(cat both)"
+            grep -Eq "error 1192: |error 10[0-9]{2}: " both || fail "files of $blocks KiB: $(cat both)"
         fi
         gone a.lkp
         ends+=$status
@@ -183,9 +183,20 @@ meets_a_file_size_limit() {
     [[ $ends =~ ^1+0+$ ]] || fail "exits $ends"
 }
 
-# A run by a user whom permissions bind leaves protected files as they are, and says why it fails.
+# as_somebody NAME TEXT UNTOUCHED: a run by a user whom permissions bind fails with the text.
+as_somebody() {
+    local status=0 before after
+    before=$(cksum "$3")
+    "${user[@]}" ./program -q "$1" >both 2>&1 </dev/null || status=$?
+    [ "$status" = 1 ] || fail "$1: exit $status: $(cat both)"
+    has both "$2"
+    after=$(cksum "$3")
+    [ "$before" = "$after" ] || fail "$3 was changed"
+    gone "${1%.kdr}.lkp"
+}
+
 meets_missing_permissions() {
-    local user=() pair file status
+    local user=() pair
     cp "$program" program
     if [ "$(id -u)" = 0 ]; then
         user=(setpriv --reuid=65534 --regid=65534 --clear-groups)
@@ -196,18 +207,21 @@ meets_missing_permissions() {
         fi
     fi
     many_sections 20 >a.kdr
+    mkdir locked
+    cp a.kdr locked
+    chmod 555 locked
+    as_somebody locked/a.kdr "error 1025: Cannot open Convergence file." locked/a.kdr
+    has both "a.lkp could not be made"
+    ! grep -q "could not be deleted" both || fail "a marker that was never made is missed: $(cat both)"
+    chmod 755 locked
     for pair in cnp:1025 t00:1021 g00:1022 j00:1026 r00:1023; do
-        file=a.${pair%:*}
-        echo older >"$file"
-        chmod 444 "$file"
-        status=0
-        "${user[@]}" ./program -q a.kdr >both 2>&1 </dev/null || status=$?
-        [ "$status" = 1 ] || fail "$file: exit $status: $(cat both)"
-        has both "error ${pair#*:}: "
-        is "$file" older
-        gone a.lkp
+        echo older >"a.${pair%:*}"
+        chmod 444 "a.${pair%:*}"
+        as_somebody a.kdr "error ${pair#*:}: " "a.${pair%:*}"
         rm -f a.[tgrjc]*
     done
+    chmod 000 a.kdr
+    as_somebody a.kdr "error 1020: Cannot open Data file." a.kdr
 }
 
 # starts PROBLEM-ARGUMENTS: an endless run in the background, past its first iteration; its id is in $pid.
