@@ -74,7 +74,7 @@ struct Scene {
     bool hasStep = false;
     std::vector<float> temperatures;  // by node index
     float least = 0, greatest = 0;    // of nodes in active cells
-    std::vector<SceneArrow> arrows;   // at the integration points
+    std::vector<SceneArrow> arrows;   // at the points of finite cells; those of others mostly lie beyond what is shown
     std::vector<SectionResult> sections;
 
     std::map<std::uint32_t, CellGrid> grids;  // by slots in use and pieces per side, for cells that are not infinite
