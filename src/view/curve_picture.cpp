@@ -80,8 +80,12 @@ void DrawCurve(Picture& picture, const Curve& curve, const Frame& frame) {
 void DrawLegend(Picture& picture, const CurveSheet& sheet, const Frame& frame) {
     double longest = 0;
     for (const Curve& curve : sheet.curves) longest = std::max(longest, RoughTextWidth(curve.label, textSize));
+    if (longest == 0) return;
+    const auto rows = std::ranges::count_if(sheet.curves, [](const Curve& curve) { return !curve.label.empty(); });
     const double left = frame.plot.right - longest - 40;
     double y = frame.plot.bottom - 16;
+    AddBox(picture, {left - 4, y - (static_cast<double>(rows) - 0.4) * 1.5 * textSize, frame.plot.right - 2, y + 12},
+           paperColour);
     for (const Curve& curve : sheet.curves) {
         if (curve.label.empty()) continue;
         AddSegments(picture, {{left, y}, {left + 22, y}}, curve.colour, 2);

@@ -95,7 +95,7 @@ TEST_F(ViewSessions, PicturesBecomeFiles) {
     picture.width = 100;
     picture.height = 50;
     AddBox(picture, {0, 0, 100, 50}, Rgb(0x3366CC));
-    AddText(picture, {50, 25}, "text", {TextAnchor::Middle});
+    AddText(picture, {50, 25}, "t\xE9xt \xC3\xA9", {TextAnchor::Middle});  // Latin 1, UTF-8
     struct Case {
         const char* name;
         const char* begin;
