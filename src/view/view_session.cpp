@@ -248,9 +248,9 @@ static CurveSheet DepthSheet(const ThawHistory& history, const std::string& plac
     sheet.xTitle = "Time";
     sheet.yTitle = "Depth below the surface";
     Curve depth = LabelledCurve("depth of thaw", 0x0072B2);
-    Curve thawedAbove = LabelledCurve("freezing point, thawed above", 0xE69F00);
-    Curve frozenAbove = LabelledCurve("freezing point, frozen above", 0x56B4E9);
-    Curve deepest = LabelledCurve("deepest of each period", 0xD55E00);
+    Curve thawedAbove = LabelledCurve("thawed above", 0xE69F00);
+    Curve frozenAbove = LabelledCurve("frozen above", 0x56B4E9);
+    Curve deepest = LabelledCurve("deepest of period", 0xD55E00);
     auto& line = depth.pieces.emplace_back();
     for (const StepThaw& step : history.steps) {
         line.push_back({step.elapsed, step.thaw.depth});
