@@ -22,7 +22,7 @@ constexpr double rightMargin = 14;
 constexpr double freeRim = 0.03;  // of the plot, around a mesh that is shown whole
 
 constexpr Colour meshColour = Rgb(0x303030);
-constexpr float meshStrength = 0.35F;
+constexpr float meshStrength = 0.55F;
 constexpr double fullMeshCell = 12;  // pixels of a cell whose lines are that strong; finer ones leave the colours alone
 constexpr Colour borderColour = Rgb(0x303030);
 constexpr Colour isothermColour = Rgb(0x000000);
@@ -96,7 +96,7 @@ void DrawRim(Raster& raster, const CellGrid& grid, const SceneCell& cell, const 
              float strength) {
     for (std::size_t i = 0; i + 1 < grid.rim.size(); ++i) {
         const std::size_t side = i / static_cast<std::size_t>(grid.perSide);
-        if ((cell.openSides >> side & 1U) == 0) {
+        if (((cell.openSides | cell.sharedSides) >> side & 1U) == 0) {
             DrawThinLine(raster, at[grid.rim[i]], at[grid.rim[i + 1]], meshColour, strength);
         }
     }

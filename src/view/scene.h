@@ -31,6 +31,7 @@ struct SceneCell {
     bool takesPart = true;                           // false: of a NULL material, finite or infinite
     std::int32_t sides = 0;                          // 4, 3 or 1
     std::uint32_t openSides = 0;                     // bit i for side i
+    std::uint32_t sharedSides = 0;                   // those that an earlier cell has too
     float rEnd = 1, sEnd = 1;                        // local coordinates of the far sides
     float left = 0, bottom = 0, right = 0, top = 0;  // bounds of the nodes' or the mapped positions
 };

@@ -2,6 +2,7 @@
 
 #include "view/scene.h"
 
+#include <bit>
 #include <cmath>
 
 #include "post/thaw_depth.h"
@@ -89,6 +90,9 @@ TEST_F(Scenes, BordersAndBoundaryNodesAreFound) {
     column.edges = {"3 4 2 1 5 0 0"};
     Show(column, {});
     EXPECT_EQ(scene.borders.size(), 6 + 2);  // around the mesh, and around element 3 inside it
+    int shared = 0;
+    for (const SceneCell& cell : scene.cells) shared += std::popcount(cell.sharedSides);
+    EXPECT_EQ(shared, 3);  // of 12 sides of triangles, 9 stand in different places
     std::vector<int> types;
     for (const BoundaryNode& node : scene.boundaryNodes) types.push_back(node.type);
     EXPECT_THAT(types, ElementsAre(1, 1, bcUnitFlux, bcUnitFlux, 1, 1));
