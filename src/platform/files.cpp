@@ -168,6 +168,12 @@ bool IsNewerThan(const std::string& path, const std::string& other) {
     return std::pair(a.st_mtim.tv_sec, a.st_mtim.tv_nsec) > std::pair(b.st_mtim.tv_sec, b.st_mtim.tv_nsec);
 }
 
+FileStamp StampOf(const std::string& path) {
+    struct stat status {};
+    if (Rehearsed("times", path) || ::stat(path.c_str(), &status) != 0) return {};
+    return {status.st_mtim.tv_sec, status.st_mtim.tv_nsec, status.st_size};
+}
+
 bool RenameFile(const std::string& from, const std::string& to) {
     if (Rehearsed("rename", from)) return false;
     return std::rename(from.c_str(), to.c_str()) == 0 || Failed(errno);

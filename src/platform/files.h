@@ -79,10 +79,18 @@ inline constexpr ClearBuf clearbuf;
 [[nodiscard]] bool DeleteFile(const std::string& path);
 // The same for a file that need not be there. Asking first would take a file that cannot be looked at for none.
 [[nodiscard]] bool DeleteFileIfThere(const std::string& path);
-// Gives a file another name in its file system, in place of any older file of that name; others see the one or the other.
+// Gives a file another name in its file system, in place of any older file of that name; others see the one or the
+// other.
 [[nodiscard]] bool RenameFile(const std::string& from, const std::string& to);
 // True if `path` was written to later than `other`; false where that cannot be told.
 [[nodiscard]] bool IsNewerThan(const std::string& path, const std::string& other);
+// When a file was last written to, and how long it is: equal stamps tell that it stayed as it was. Zeros: there is
+// none.
+struct FileStamp {
+    std::int64_t seconds = 0, nanoseconds = 0, size = 0;
+    bool operator==(const FileStamp&) const = default;
+};
+[[nodiscard]] FileStamp StampOf(const std::string& path);
 // Copies a file's bytes over `to`, in place of any older file.
 [[nodiscard]] bool CopyFile(const std::string& from, const std::string& to);
 // The same for a file that need not be there.

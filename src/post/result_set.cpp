@@ -1,5 +1,8 @@
 #include "post/result_set.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "model/data_file.h"
 #include "model/file_names.h"
 #include "model/problem_model.h"
@@ -24,7 +27,47 @@ namespace kaldra {
     return found;
 }
 
+// A steady state replaces its files one after another and deletes none before: while a run is under way or after one
+// that was killed, which its marker tells, they may be of two runs.
+static bool MayBeMixed() {
+    return model.analysisType == steadyState && FileExists(ReplaceExtension(model.dataFileName, StringText(1089)));
+}
+
+StepStamps StampsOf(std::int32_t step) {
+    StepStamps stamps;
+    std::ranges::transform(std::array{'r', 't', 'g', 'j'}, stamps.begin(),
+                           [step](char letter) { return StampOf(StepFileBesideData(letter, step)); });
+    return stamps;
+}
+
+// Stamps are taken before the files are read: what is written meanwhile changes them. `known` are whole.
+static bool IsReadable(std::int32_t step, const StepStamps& stamps, const std::vector<SavedStep>& known) {
+    if (stamps[0] == FileStamp{}) return false;
+    const auto found = std::ranges::find(known, step, &SavedStep::step);
+    return (found != known.end() && found->stamps == stamps) || HasWholeResults(step);
+}
+
+[[nodiscard]] static int FindSavedSteps(ResultSet& set, const std::vector<SavedStep>& known) {
+    set.steps.clear();
+    set.remark.clear();
+    const std::int32_t first = model.analysisType == steadyState ? 0 : 1;
+    const std::int32_t last = model.analysisType == steadyState ? 0 : model.stepCount;
+    for (std::int32_t step = first; step <= last && !MayBeMixed(); ++step) {
+        const StepStamps stamps = StampsOf(step);
+        if (!IsReadable(step, stamps, known)) continue;
+        if (!AppendRecord(set.steps, SavedStep{step, ElapsedTime(step), stamps})) return 0;
+        if (set.remark.empty() && IsNewerThan(model.dataFileName, StepFileBesideData('r', step))) {
+            set.remark = FormatText("%s was changed after the results of step %d", model.dataFileName, step);
+        }
+    }
+    return 1;
+}
+
 int OpenResultSet(const std::string& path, ResultSet& set) {
+    const FileStamp now = StampOf(path);
+    std::vector<SavedStep> known;
+    if (set.path == path && set.dataFile == now) known = std::exchange(set.steps, {});
+    set = {path, now, {}, {}};
     (void)FreeModel();
     InitModel(1);
     model.dataFileName = path;
@@ -34,30 +77,7 @@ int OpenResultSet(const std::string& path, ResultSet& set) {
     if (!ReadDataFile()) return 0;
     if (!MakeTable(model.PointResultOffset, static_cast<std::size_t>(model.elementCount))) return 0;
     BuildPointResultOffsets();
-    return FindCrossings() && FindSavedSteps(set);
-}
-
-// A steady state replaces its files one after another and deletes none before: while a run is under way or after one
-// that was killed, which its marker tells, they may be of two runs.
-static bool MayBeMixed() {
-    return model.analysisType == steadyState && FileExists(ReplaceExtension(model.dataFileName, StringText(1089)));
-}
-
-static bool IsReadable(std::int32_t step) { return FileExists(StepFileBesideData('r', step)) && HasWholeResults(step); }
-
-int FindSavedSteps(ResultSet& set) {
-    set.steps.clear();
-    set.remark.clear();
-    const std::int32_t first = model.analysisType == steadyState ? 0 : 1;
-    const std::int32_t last = model.analysisType == steadyState ? 0 : model.stepCount;
-    for (std::int32_t step = first; step <= last && !MayBeMixed(); ++step) {
-        if (!IsReadable(step)) continue;
-        if (!AppendRecord(set.steps, SavedStep{step, ElapsedTime(step)})) return 0;
-        if (set.remark.empty() && IsNewerThan(model.dataFileName, StepFileBesideData('r', step))) {
-            set.remark = FormatText("%s was changed after the results of step %d", model.dataFileName, step);
-        }
-    }
-    return 1;
+    return FindCrossings() && FindSavedSteps(set, known);
 }
 
 std::size_t PointsBegin(std::size_t e) { return static_cast<std::size_t>(model.PointResultOffset[e]); }

@@ -31,7 +31,7 @@ struct Piece {
 
 struct Cut {
     double x = 0;
-    double tolerance = 0;  // distances below it are none
+    double toleranceX = 0, toleranceY = 0;  // distances below them are none
     std::vector<Piece> pieces;
 };
 
@@ -50,7 +50,7 @@ LineSample SampleAt(std::size_t e, double r, double s) {
 
 double SideOf(const Cut& cut, const Corner& corner) {
     const double distance = corner.x - cut.x;
-    return std::abs(distance) <= cut.tolerance ? 0 : distance;
+    return std::abs(distance) <= cut.toleranceX ? 0 : distance;
 }
 
 // Where the vertical meets the sides of a small triangle: at two places, or along one side.
@@ -68,7 +68,7 @@ void CutTriangle(Cut& cut, std::size_t e, const std::array<Corner, 3>& corners) 
     }
     if (met.size() < 2) return;
     const auto [low, high] = std::ranges::minmax_element(met, {}, &LineSample::y);
-    if (high->y - low->y > cut.tolerance) cut.pieces.push_back({*high, *low});
+    if (high->y - low->y > cut.toleranceY) cut.pieces.push_back({*high, *low});
 }
 
 void CutTriangular(Cut& cut, std::size_t e) {
@@ -135,13 +135,10 @@ void CutElements(Cut& cut) {
     }
 }
 
-// Rounding moves a place by some 1e-7 of the largest coordinate.
-double Tolerance() {
-    double largest = 0;
-    for (const NodeRec& node : model.nodes) {
-        largest = std::max({largest, std::abs(static_cast<double>(node.x)), std::abs(static_cast<double>(node.y))});
-    }
-    return 1e-6 * largest;
+// Rounding moves a place by some 1e-7 of its element, or of its distance from the pole.
+double ToleranceAlong(float NodeRec::*coordinate) {
+    const auto [least, greatest] = std::ranges::minmax(model.nodes, {}, coordinate);
+    return 1e-6 * (static_cast<double>(greatest.*coordinate) - static_cast<double>(least.*coordinate));
 }
 
 // Pieces on both sides of a border say the same: what lies above the last sample is passed over.
@@ -149,8 +146,8 @@ void JoinPieces(Cut& cut, std::vector<LineSample>& samples) {
     std::ranges::sort(cut.pieces, [](const Piece& a, const Piece& b) { return a.top.y > b.top.y; });
     for (Piece& piece : cut.pieces) {
         const double last = samples.empty() ? 1e300 : samples.back().y;
-        if (piece.bottom.y >= last - cut.tolerance) continue;
-        if (piece.top.y < last - cut.tolerance) samples.push_back(piece.top);
+        if (piece.bottom.y >= last - cut.toleranceY) continue;
+        if (piece.top.y < last - cut.toleranceY) samples.push_back(piece.top);
         piece.bottom.joined = true;
         samples.push_back(piece.bottom);
     }
@@ -164,7 +161,7 @@ int CutVertical(double x, VerticalLine& line) {
     line = {x, {}};
     constexpr std::size_t someMemory = 1 << 20;
     return WithMemory(someMemory, [&] {
-        Cut cut{x, Tolerance(), {}};
+        Cut cut{x, ToleranceAlong(&NodeRec::x), ToleranceAlong(&NodeRec::y), {}};
         CutElements(cut);
         JoinPieces(cut, line.samples);
     });

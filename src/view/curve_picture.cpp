@@ -28,6 +28,13 @@ struct Frame {
     }
 };
 
+// Of the strip to the right of the plot, so that the legend hides no curve.
+double LegendWidth(const CurveSheet& sheet) {
+    double longest = 0;
+    for (const Curve& curve : sheet.curves) longest = std::max(longest, RoughTextWidth(curve.label, textSize));
+    return longest > 0 ? longest + 40 : 0;
+}
+
 Frame LayOut(const CurveSheet& sheet) {
     Range x;
     Range y;
@@ -38,7 +45,7 @@ Frame LayOut(const CurveSheet& sheet) {
     }
     if (sheet.hasLevel) (sheet.levelStands ? x : y).Take(sheet.level);
     Frame frame;
-    frame.plot = {84, 40, std::max(sheet.width - 20, 120.0), std::max(sheet.height - 58, 80.0)};
+    frame.plot = {84, 40, std::max(sheet.width - 20 - LegendWidth(sheet), 120.0), std::max(sheet.height - 58, 80.0)};
     frame.x = ReadableAxis(x.low, x.high, TickIntervalsFor(frame.plot.Width(), RoughTextWidth("00000.0", textSize)));
     frame.y = ReadableAxis(y.low, y.high, TickIntervalsFor(frame.plot.Height(), 2 * textSize));
     return frame;
@@ -76,17 +83,14 @@ void DrawCurve(Picture& picture, const Curve& curve, const Frame& frame) {
     }
 }
 
-// In the lower right corner: a trumpet opens upwards.
 void DrawLegend(Picture& picture, const CurveSheet& sheet, const Frame& frame) {
-    double longest = 0;
-    for (const Curve& curve : sheet.curves) longest = std::max(longest, RoughTextWidth(curve.label, textSize));
-    const double left = frame.plot.right - longest - 40;
-    double y = frame.plot.bottom - 16;
+    const double left = frame.plot.right + 12;
+    double y = frame.plot.top + textSize / 2;
     for (const Curve& curve : sheet.curves) {
         if (curve.label.empty()) continue;
         AddSegments(picture, {{left, y}, {left + 22, y}}, curve.colour, 2);
         AddText(picture, {left + 28, y}, curve.label);
-        y -= 1.5 * textSize;
+        y += 1.5 * textSize;
     }
 }
 

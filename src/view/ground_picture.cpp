@@ -22,7 +22,8 @@ constexpr double rightMargin = 14;
 constexpr double freeRim = 0.03;  // of the plot, around a mesh that is shown whole
 
 constexpr Colour meshColour = Rgb(0x303030);
-constexpr float meshStrength = 0.35F;
+constexpr float meshStrength = 0.55F;
+constexpr double fullMeshCell = 12;  // pixels of a cell whose lines are that strong; finer ones leave the colours alone
 constexpr Colour borderColour = Rgb(0x303030);
 constexpr Colour isothermColour = Rgb(0x000000);
 constexpr Colour haloColour = Rgb(0xFFFFFF);
@@ -37,6 +38,7 @@ struct Canvas {
     GroundFill fill;
     Picture picture;
     std::vector<ScenePoint> points;  // of the cell at hand
+    std::vector<PictureBox> labels;  // that stand already
 };
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -85,11 +87,17 @@ void FillCell(const Canvas& canvas, Raster& raster, const CellGrid& grid, const 
     }
 }
 
-void DrawRim(Raster& raster, const CellGrid& grid, const SceneCell& cell, const std::vector<RasterVertex>& at) {
+float MeshStrength(const Canvas& canvas, const SceneCell& cell) {
+    const double size = static_cast<double>(std::min(cell.right - cell.left, cell.top - cell.bottom));
+    return meshStrength * static_cast<float>(std::min(1.0, size * canvas.place.window.scale / fullMeshCell));
+}
+
+void DrawRim(Raster& raster, const CellGrid& grid, const SceneCell& cell, const std::vector<RasterVertex>& at,
+             float strength) {
     for (std::size_t i = 0; i + 1 < grid.rim.size(); ++i) {
         const std::size_t side = i / static_cast<std::size_t>(grid.perSide);
-        if ((cell.openSides >> side & 1U) == 0) {
-            DrawThinLine(raster, at[grid.rim[i]], at[grid.rim[i + 1]], meshColour, meshStrength);
+        if (((cell.openSides | cell.sharedSides) >> side & 1U) == 0) {
+            DrawThinLine(raster, at[grid.rim[i]], at[grid.rim[i + 1]], meshColour, strength);
         }
     }
 }
@@ -124,7 +132,7 @@ void DrawCells(Canvas& canvas) {
     CloseSlits(raster, paperColour);
     if (canvas.look.mesh) {
         ForCells(canvas, frame, [&](const SceneCell& cell, const CellGrid& grid, const std::vector<RasterVertex>& at) {
-            DrawRim(raster, grid, cell, at);
+            DrawRim(raster, grid, cell, at, MeshStrength(canvas, cell));
         });
     }
     AddImage(canvas.picture, box, std::move(raster));
@@ -246,11 +254,22 @@ std::string SectionLabel(const Canvas& canvas, std::int32_t section) {
     return label;
 }
 
+// Within the plot, and below every label that stands there already.
 void DrawLabel(Canvas& canvas, PicturePoint at, const std::string& text, Colour colour) {
     const double width = RoughTextWidth(text, textSize) + 6;
+    constexpr double half = 0.7 * textSize;
     at.x = std::min(at.x, canvas.place.plot.right - width);
     at.y = std::max(at.y, canvas.place.plot.top + textSize);
-    AddBox(canvas.picture, {at.x, at.y - 0.7 * textSize, at.x + width, at.y + 0.7 * textSize}, haloColour);
+    const auto covers = [&](const PictureBox& other) {
+        return at.x < other.right && at.x + width > other.left && at.y - half < other.bottom && at.y + half > other.top;
+    };
+    for (auto met = canvas.labels.begin(); met != canvas.labels.end();) {
+        met = std::ranges::find_if(canvas.labels, covers);
+        if (met != canvas.labels.end()) at.y = met->bottom + half + 1;
+    }
+    const PictureBox box{at.x, at.y - half, at.x + width, at.y + half};
+    canvas.labels.push_back(box);
+    AddBox(canvas.picture, box, haloColour);
     AddText(canvas.picture, {at.x + 3, at.y}, text, {TextAnchor::Start, textSize, true, false, colour});
 }
 
@@ -383,7 +402,7 @@ GroundPlace PlaceGround(const Scene& scene, const GroundLook& look) {
 }
 
 Picture DrawGround(Scene& scene, const GroundLook& look) {
-    Canvas canvas{scene, look, PlaceGround(scene, look), look.fill, {}, {}};
+    Canvas canvas{scene, look, PlaceGround(scene, look), look.fill, {}, {}, {}};
     if (!scene.hasStep && canvas.fill == GroundFill::Temperature) canvas.fill = GroundFill::Materials;
     canvas.picture.width = look.width;
     canvas.picture.height = look.height;

@@ -4,7 +4,9 @@
 #include <cairo-svg.h>
 #include <cairo.h>
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <memory>
 #include <numbers>
@@ -61,19 +63,36 @@ void AddPath(cairo_t* to, const PictureItem& item, bool pairs) {
     }
 }
 
+bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
+
+// cairo refuses a text with bytes that are no UTF-8, as the name of a file may have, and all after it: they become '?'.
+std::string ReadableText(std::string_view text) {
+    std::string readable;
+    while (!text.empty()) {
+        const auto ones = static_cast<std::size_t>(std::countl_one(static_cast<unsigned char>(text[0])));
+        const std::string_view whole = text.substr(0, std::max<std::size_t>(ones, 1));
+        const bool good = ones == 0 || (ones >= 2 && ones <= 4 && whole.size() == ones &&
+                                        std::ranges::all_of(whole.substr(1), IsContinuation));
+        readable += good ? whole : "?";
+        text.remove_prefix(good ? whole.size() : 1);
+    }
+    return readable;
+}
+
 void PaintText(cairo_t* to, const PictureItem& item) {
     cairo_select_font_face(to, "sans-serif", CAIRO_FONT_SLANT_NORMAL,
                            item.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
     cairo_set_font_size(to, item.size);
+    const std::string text = ReadableText(item.text);
     cairo_text_extents_t extents;
-    cairo_text_extents(to, item.text.c_str(), &extents);
+    cairo_text_extents(to, text.c_str(), &extents);
     constexpr double middleOfCapitals = 0.36;  // of the size, above the base line
     const double part = item.anchor == TextAnchor::Start ? 0 : item.anchor == TextAnchor::Middle ? 0.5 : 1;
     cairo_save(to);
     cairo_translate(to, item.points[0].x, item.points[0].y);
     if (item.upright) cairo_rotate(to, -std::numbers::pi / 2);
     cairo_move_to(to, -part * extents.x_advance, middleOfCapitals * item.size);
-    cairo_show_text(to, item.text.c_str());
+    cairo_show_text(to, text.c_str());
     cairo_restore(to);
 }
 

@@ -24,6 +24,20 @@ bool IsInside(const SceneCell& cell, const LocalPlace& at) {
            at.s <= static_cast<double>(cell.sEnd) + within;
 }
 
+// Moves the origin of the coordinates and of a place to the first corner: far from it f32 would tell no small steps
+// apart.
+void MoveOrigin(const ElementRec& element, ElementCoordinates& xy, double& x, double& y) {
+    const float left = xy[0];
+    const float bottom = xy[1];
+    for (std::size_t slot = 0; slot < slotCount; ++slot) {
+        if (element.nodes[slot] <= 0) continue;
+        xy[2 * slot] -= left;
+        xy[2 * slot + 1] -= bottom;
+    }
+    x -= static_cast<double>(left);
+    y -= static_cast<double>(bottom);
+}
+
 // Solves for the local coordinates of a place by Newton's method: a straight-sided element takes two or three steps.
 bool FindLocal(const SceneCell& cell, double x, double y, LocalPlace& local) {
     const ElementRec& element = model.elements[cell.element];
@@ -31,6 +45,7 @@ bool FindLocal(const SceneCell& cell, double x, double y, LocalPlace& local) {
     GetElementCoordinates(cell.element, xy);
     if (element.infiniteR != 0) x -= static_cast<double>(model.poleX);
     if (element.infiniteS != 0) y -= static_cast<double>(model.poleY);
+    if (cell.kind != SceneKind::Infinite) MoveOrigin(element, xy, x, y);
     local = cell.sides == 3 ? LocalPlace{1.0 / 3, 1.0 / 3} : LocalPlace{0, 0};
     if (cell.kind == SceneKind::Infinite) local = {-0.9, cell.openSides == 0b1001U ? -0.9 : 0};
     for (int step = 0; step < 25; ++step) {

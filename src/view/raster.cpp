@@ -66,12 +66,14 @@ Plane PlaneOf(const RasterTriangle& t) {
     return {t[0].value, (v1 * y2 - v2 * y1) / area, (x1 * v2 - x2 * v1) / area};
 }
 
+// In whole numbers: a mesh has a million such pixels.
 Colour Blend(Colour under, Colour over, float part) {
+    constexpr std::uint32_t whole = 256;
+    const auto to = static_cast<std::uint32_t>(part * static_cast<float>(whole) + 0.5F);
     std::uint32_t mixed = 0;
     for (const int shift : {16, 8, 0}) {
-        const auto from = static_cast<float>((under >> shift) & 0xFFU);
-        const auto to = static_cast<float>((over >> shift) & 0xFFU);
-        mixed |= static_cast<std::uint32_t>(std::lround(from + part * (to - from))) << shift;
+        const std::uint32_t sum = ((under >> shift) & 0xFFU) * (whole - to) + ((over >> shift) & 0xFFU) * to;
+        mixed |= (sum + whole / 2) / whole << shift;
     }
     return Rgb(mixed);
 }

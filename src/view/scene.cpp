@@ -189,7 +189,9 @@ std::int32_t MaterialOf(const Scene& scene, const SceneSide& side) {
         const bool shared = i + 1 < sides.size() && sides[i + 1].nodes == sides[i].nodes;
         const bool sameMaterial = shared && MaterialOf(scene, sides[i].side) == MaterialOf(scene, sides[i + 1].side);
         if (!sameMaterial && !AppendRecord(scene.borders, sides[i].side)) return 0;
-        if (shared) ++i;
+        if (!shared) continue;
+        const SceneSide& second = sides[++i].side;
+        scene.cells[second.cell].sharedSides |= 1U << second.side;
     }
     return 1;
 }

@@ -31,6 +31,7 @@ struct SceneCell {
     bool takesPart = true;                           // false: of a NULL material, finite or infinite
     std::int32_t sides = 0;                          // 4, 3 or 1
     std::uint32_t openSides = 0;                     // bit i for side i
+    std::uint32_t sharedSides = 0;                   // those that an earlier cell has too
     float rEnd = 1, sEnd = 1;                        // local coordinates of the far sides
     float left = 0, bottom = 0, right = 0, top = 0;  // bounds of the nodes' or the mapped positions
 };
@@ -74,7 +75,7 @@ struct Scene {
     bool hasStep = false;
     std::vector<float> temperatures;  // by node index
     float least = 0, greatest = 0;    // of nodes in active cells
-    std::vector<SceneArrow> arrows;   // at the integration points
+    std::vector<SceneArrow> arrows;   // at the points of finite cells; those of others mostly lie beyond what is shown
     std::vector<SectionResult> sections;
 
     std::map<std::uint32_t, CellGrid> grids;  // by slots in use and pieces per side, for cells that are not infinite

@@ -20,6 +20,39 @@ void Forget(ViewSession& session) {
     session.hasRange = false;
 }
 
+void DropKept(ViewSession& session) {
+    session.kept.clear();
+    session.keptBytes = 0;
+}
+
+std::size_t BytesOf(const StepResults& results) {
+    return results.nodes.size() * sizeof(NodeResult) + results.points.size() * sizeof(PointResult) +
+           results.sections.size() * sizeof(SectionResult) + results.crossings.size() * sizeof(CrossingResult);
+}
+
+void Keep(ViewSession& session, std::int32_t step, const StepStamps& stamps, const StepResults& results) {
+    constexpr std::size_t mostBytes = std::size_t{1} << 29;
+    const std::size_t bytes = BytesOf(results);
+    if (session.keptBytes + bytes > mostBytes) return;
+    if (TryMemory(bytes, [&] { session.kept[step] = {stamps, results}; })) session.keptBytes += bytes;
+}
+
+// The results of a step: from memory where its files are still those that were read. Gives 1, or 0 after a message.
+[[nodiscard]] int TakeResults(ViewSession& session, std::int32_t step, StepResults& results) {
+    const StepStamps stamps = StampsOf(step);
+    const auto found = session.kept.find(step);
+    if (found != session.kept.end() && found->second.stamps == stamps) {
+        return WithMemory(BytesOf(found->second.results), [&] { results = found->second.results; });
+    }
+    if (found != session.kept.end()) {
+        session.keptBytes -= BytesOf(found->second.results);
+        session.kept.erase(found);
+    }
+    if (!ReadStepResults(step, results)) return 0;
+    Keep(session, step, stamps, results);
+    return 1;
+}
+
 void TakeRange(ViewSession& session, const std::vector<float>& temperatures) {
     float least = 0;
     float greatest = 0;
@@ -40,10 +73,21 @@ std::size_t StepToShow(const ViewSession& session, std::int32_t number) {
     session.isOpen = false;
     session.path = path;
     Forget(session);
+    const FileStamp before = session.set.dataFile;
     if (!OpenResultSet(path, session.set) || !BuildScene(session.scene)) return 0;
+    if (session.set.dataFile != before) DropKept(session);
     session.isOpen = true;
     if (session.set.steps.empty()) return 1;
     return ShowStep(session, StepToShow(session, number));
+}
+
+// A coordinate in as many digits as tell places of the mesh apart, wherever it lies.
+std::string PlaceText(const Scene& scene, double place) {
+    const float extent = std::max(scene.right - scene.left, scene.top - scene.bottom);
+    const float farthest = std::max(std::max(std::abs(scene.left), std::abs(scene.right)),
+                                    std::max(std::abs(scene.bottom), std::abs(scene.top)));
+    const float away = extent > 0 ? std::clamp(farthest / extent, 1.0F, 1e5F) : 1;
+    return ShortNumber(place, 4 + static_cast<int>(std::log10(away)));
 }
 
 std::string TimeText(double time) { return ShortNumber(time, 6); }
@@ -63,7 +107,7 @@ int RefreshView(ViewSession& session) {
 int ShowStep(ViewSession& session, std::size_t index) {
     if (index >= session.set.steps.size()) return 0;
     StepResults results;
-    if (!ReadStepResults(session.set.steps[index].step, results)) return 0;
+    if (!TakeResults(session, session.set.steps[index].step, results)) return 0;
     if (!SetSceneStep(session.scene, results)) return 0;
     session.results = std::move(results);
     session.shown = index;
@@ -73,7 +117,7 @@ int ShowStep(ViewSession& session, std::size_t index) {
 bool ReadAhead(ViewSession& session) {
     if (session.readAhead >= session.set.steps.size()) return false;
     StepResults results;
-    if (!ReadStepResults(session.set.steps[session.readAhead].step, results)) {
+    if (!TakeResults(session, session.set.steps[session.readAhead].step, results)) {
         session.set.steps.resize(session.readAhead);
         return false;
     }
@@ -114,8 +158,8 @@ std::string TitleOf(const ViewSession& session) {
 std::string ProbeText(const ViewSession& session, double x, double y) {
     const Probe probe = ProbeAt(session.scene, session.shown == noStep ? nullptr : &session.results, x, y);
     if (probe.element == 0) return {};
-    std::string text = FormatText("x %s  y %s   element %d   nearest node %d", ShortNumber(x), ShortNumber(y),
-                                  probe.element, probe.node);
+    std::string text = FormatText("x %s  y %s   element %d   nearest node %d", PlaceText(session.scene, x),
+                                  PlaceText(session.scene, y), probe.element, probe.node);
     if (!probe.takesPart) return text + "   NULL material";
     const auto number = [](float value) { return ShortNumber(static_cast<double>(value), 5); };
     if (session.shown != noStep) text += FormatText("   temperature %s", number(probe.temperature));
@@ -131,7 +175,9 @@ std::string ProbeText(const ViewSession& session, double x, double y) {
 
 CurveSheet SectionSheet(const ViewSession& session, PicturePoint from, PicturePoint to) {
     CurveSheet sheet;
-    const auto place = [](PicturePoint p) { return FormatText("(%s, %s)", ShortNumber(p.x, 3), ShortNumber(p.y, 3)); };
+    const auto place = [&](PicturePoint p) {
+        return FormatText("(%s, %s)", PlaceText(session.scene, p.x), PlaceText(session.scene, p.y));
+    };
     sheet.title = FormatText("From %s to %s, %s", place(from), place(to), StepText(session));
     sheet.xTitle = "Distance";
     sheet.yTitle = "Temperature";
@@ -149,8 +195,8 @@ CurveSheet SectionSheet(const ViewSession& session, PicturePoint from, PicturePo
 CurveSheet HistorySheet(const ViewSession& session, std::int32_t node) {
     CurveSheet sheet;
     const NodeRec& record = model.nodes[IndexOf(node)];
-    sheet.title = FormatText("Node %d at (%s, %s)", node, ShortNumber(static_cast<double>(record.x)),
-                             ShortNumber(static_cast<double>(record.y)));
+    sheet.title = FormatText("Node %d at (%s, %s)", node, PlaceText(session.scene, static_cast<double>(record.x)),
+                             PlaceText(session.scene, static_cast<double>(record.y)));
     sheet.xTitle = "Time";
     sheet.yTitle = "Temperature";
     sheet.hasLevel = true;
@@ -181,11 +227,14 @@ static bool CollectThaw(const ViewSession& session, double x, ThawHistory& histo
     return !history.steps.empty();
 }
 
-static Curve TrumpetCurve(const VerticalLine& line, const std::vector<double>& values, double weight, const char* label,
-                          Colour colour) {
+static Curve LabelledCurve(const char* label, std::uint32_t colour) {
     Curve curve;
     curve.label = label;
-    curve.colour = colour;
+    curve.colour = Rgb(colour);
+    return curve;
+}
+
+static Curve TrumpetCurve(const VerticalLine& line, const std::vector<double>& values, double weight, Curve curve) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (i == 0 || !line.samples[i].joined) curve.pieces.emplace_back();
         curve.pieces.back().push_back({values[i] / weight, line.samples[i].y});
@@ -193,31 +242,59 @@ static Curve TrumpetCurve(const VerticalLine& line, const std::vector<double>& v
     return curve;
 }
 
+static CurveSheet DepthSheet(const ThawHistory& history, const std::string& place) {
+    CurveSheet sheet;
+    sheet.title = FormatText("Depth of thaw at %s", place);
+    sheet.xTitle = "Time";
+    sheet.yTitle = "Depth below the surface";
+    Curve depth = LabelledCurve("depth of thaw", 0x0072B2);
+    Curve thawedAbove = LabelledCurve("thawed above", 0xE69F00);
+    Curve frozenAbove = LabelledCurve("frozen above", 0x56B4E9);
+    Curve deepest = LabelledCurve("deepest of period", 0xD55E00);
+    auto& line = depth.pieces.emplace_back();
+    for (const StepThaw& step : history.steps) {
+        line.push_back({step.elapsed, step.thaw.depth});
+        for (const FreezingCrossing& crossing : step.crossings) {
+            (crossing.thawedAbove ? thawedAbove : frozenAbove).pieces.push_back({{step.elapsed, crossing.depth}});
+        }
+    }
+    for (const Trumpet& trumpet : history.periods) {
+        deepest.pieces.push_back({{trumpet.deepestTime, trumpet.deepest.depth}});
+    }
+    sheet.curves = {std::move(depth), std::move(thawedAbove), std::move(frozenAbove), std::move(deepest)};
+    return sheet;
+}
+
+static CurveSheet TrumpetSheet(const ThawHistory& history, const Trumpet& trumpet, const std::string& place) {
+    CurveSheet sheet;
+    double until = trumpet.period.from;  // the last step of a period that is not over
+    for (const StepThaw& step : history.steps) {
+        if (step.elapsed <= trumpet.period.to) until = std::max(until, step.elapsed);
+    }
+    sheet.title =
+        FormatText("Temperatures at %s, time %s to %s", place, TimeText(trumpet.period.from), TimeText(until));
+    sheet.xTitle = "Temperature";
+    sheet.yTitle = "Height y";
+    sheet.hasLevel = sheet.levelStands = true;
+    sheet.level = static_cast<double>(model.freezingPoint);
+    sheet.curves = {TrumpetCurve(history.line, trumpet.least, 1, LabelledCurve("least", 0x0072B2)),
+                    TrumpetCurve(history.line, trumpet.greatest, 1, LabelledCurve("greatest", 0xD55E00))};
+    if (trumpet.weight > 0) {
+        sheet.curves.push_back(
+            TrumpetCurve(history.line, trumpet.sum, trumpet.weight, LabelledCurve("mean", 0x202020)));
+    }
+    return sheet;
+}
+
 bool ThawSheets(const ViewSession& session, double x, CurveSheet& depth, CurveSheet& trumpet) {
     ThawHistory history;
     if (!CollectThaw(session, x, history)) return false;
-    const std::string place = FormatText("x = %s", ShortNumber(x));
-    depth.title = FormatText("Depth of thaw at %s", place);
-    depth.xTitle = "Time";
-    depth.yTitle = "Depth below the surface";
-    Curve curve;
-    curve.marked = true;
-    auto& piece = curve.pieces.emplace_back();
-    for (const StepThaw& step : history.steps) piece.push_back({step.elapsed, step.thaw.depth});
-    depth.curves = {std::move(curve)};
-
-    const Trumpet& last = history.periods.back();
-    trumpet.title = FormatText("Temperatures at %s, time %s to %s", place, TimeText(last.period.from),
-                               TimeText(history.steps.back().elapsed));
-    trumpet.xTitle = "Temperature";
-    trumpet.yTitle = "Height y";
-    trumpet.hasLevel = trumpet.levelStands = true;
-    trumpet.level = static_cast<double>(model.freezingPoint);
-    trumpet.curves = {TrumpetCurve(history.line, last.least, 1, "least", Rgb(0x0072B2)),
-                      TrumpetCurve(history.line, last.greatest, 1, "greatest", Rgb(0xD55E00))};
-    if (last.weight > 0) {
-        trumpet.curves.push_back(TrumpetCurve(history.line, last.sum, last.weight, "mean", Rgb(0x202020)));
-    }
+    const std::string place = FormatText("x = %s", PlaceText(session.scene, x));
+    depth = DepthSheet(history, place);
+    const double shown = session.shown == noStep ? 0 : static_cast<double>(session.set.steps[session.shown].elapsed);
+    const auto of = std::ranges::find(history.periods, PeriodOf(shown).number,
+                                      [](const Trumpet& each) { return each.period.number; });
+    trumpet = TrumpetSheet(history, of != history.periods.end() ? *of : history.periods.back(), place);
     return true;
 }
 

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,12 @@ namespace kaldra {
 
 inline constexpr std::size_t noStep = static_cast<std::size_t>(-1);
 
+// The results of a step, as good as long as its files have these stamps.
+struct KeptStep {
+    StepStamps stamps{};
+    StepResults results;
+};
+
 struct ViewSession {
     std::string path;
     bool isOpen = false;
@@ -27,6 +34,9 @@ struct ViewSession {
     std::size_t shown = noStep;  // index in set.steps
     StepResults results;         // of that step
     Scene scene;
+
+    std::map<std::int32_t, KeptStep> kept;  // by step, as many as memory is spent on, so that a film need not wait
+    std::size_t keptBytes = 0;
 
     std::size_t readAhead = 0;                     // steps whose temperatures are known
     std::vector<std::vector<float>> temperatures;  // by step, then by node
@@ -73,8 +83,9 @@ struct ScaleChoice {
 // Temperature of a node against time, over the steps that are known.
 [[nodiscard]] CurveSheet HistorySheet(const ViewSession& session, std::int32_t node);
 
-// What thaws along the vertical at x, over the steps that are known: depth of thaw against time, and the trumpet curve
-// of the last period. Both false where no active element lies there, or after message 1138.
+// What thaws along the vertical at x, over the steps that are known: depth of thaw against time with every crossing and
+// the deepest of each period, and the trumpet curve of the period of the step that is shown. False where no active
+// element lies there, or after message 1138.
 [[nodiscard]] bool ThawSheets(const ViewSession& session, double x, CurveSheet& depth, CurveSheet& trumpet);
 
 }  // namespace kaldra

@@ -73,7 +73,7 @@ private Q_SLOTS:
         QCOMPARE(ColourAt(0.7, 0.3), QColor::fromRgb(MaterialColour(1)));
     }
 
-    // By the marker that a run leaves while it goes on, and by the broadcast of its end.
+    // By the marker that a run leaves while it goes on, by the broadcast of its end, and by what a short one left.
     void RefreshesWhenARunHasEnded() {
         window_->OpenFile(Write("case.kdr", WarmingColumn().Text()));
         Write("case.lkp", "");
@@ -88,6 +88,8 @@ private Q_SLOTS:
         QVERIFY(bus.send(QDBusMessage::createSignal("/org/kaldra/Solve", "org.kaldra.Solve", "ProblemRefresh")));
         QTRY_COMPARE(window_->Session().set.steps.size(), 2);
         QCOMPARE(Label("step").text(), "step 2, time 2");
+        Compute(WarmingColumn());
+        QTRY_COMPARE(window_->Session().set.steps.size(), 3);
     }
 
     void ShowsTheStepsInTheirColours() {
@@ -128,13 +130,22 @@ private Q_SLOTS:
         QTest::mouseMove(&View(), At(0.5, 1));
         QTest::mouseRelease(&View(), Qt::LeftButton, {}, At(0.5, 1.5));
         QTRY_COMPARE(Curves().size(), 2);
-        const std::vector<PicturePoint> along = Curves()[1]->Sheet().curves[0].pieces[0];
-        QVERIFY(std::abs(along.back().y - along.front().y - 10) < 0.2);  // 10 per unit of height in the last step
+        const QPointer<CurveWindow> section = Curves()[1];
+        for (const double rise : {10.0, 7.5}) {  // per unit of height in the last step, and in the one before
+            const std::vector<PicturePoint> along = section->Sheet().curves[0].pieces[0];
+            QVERIFY(std::abs(along.back().y - along.front().y - rise) < 0.2);
+            Choose("previousStep");
+        }
         Choose("thawDepth");
         QTest::mouseClick(&View(), Qt::LeftButton, {}, At(0.5, 1));
         QTRY_COMPARE(Curves().size(), 4);
-        Curves()[1]->Copy();
+        section->Copy();
         QVERIFY(QGuiApplication::clipboard()->mimeData()->text().startsWith("Distance\tTemperature\n"));
+        QVERIFY(View().marks.section && View().marks.node && View().marks.vertical);
+        section->close();
+        QTRY_VERIFY(!View().marks.section);
+        window_->OpenFile(Path("none.kdr"));
+        QVERIFY(Curves().isEmpty());
     }
 
     void PansZoomsAndFits() {

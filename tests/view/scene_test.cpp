@@ -2,8 +2,10 @@
 
 #include "view/scene.h"
 
+#include <bit>
 #include <cmath>
 
+#include "post/thaw_depth.h"
 #include "view/probe.h"
 #include "view/view_scene.h"
 
@@ -88,6 +90,9 @@ TEST_F(Scenes, BordersAndBoundaryNodesAreFound) {
     column.edges = {"3 4 2 1 5 0 0"};
     Show(column, {});
     EXPECT_EQ(scene.borders.size(), 6 + 2);  // around the mesh, and around element 3 inside it
+    int shared = 0;
+    for (const SceneCell& cell : scene.cells) shared += std::popcount(cell.sharedSides);
+    EXPECT_EQ(shared, 3);  // of 12 sides of triangles, 9 stand in different places
     std::vector<int> types;
     for (const BoundaryNode& node : scene.boundaryNodes) types.push_back(node.type);
     EXPECT_THAT(types, ElementsAre(1, 1, bcUnitFlux, bcUnitFlux, 1, 1));
@@ -114,6 +119,23 @@ TEST_F(Probes, TellElementNodeAndTheNearestPoint) {
     EXPECT_FALSE(ProbeAt(scene, nullptr, 0.4, 0.2).hasPoint);
     EXPECT_EQ(NearestNode(scene, 7.9, 0.1, 0.2), 5);
     EXPECT_EQ(NearestNode(scene, 7, 0.1, 0.2), 0);
+}
+
+TEST_F(Probes, WorkFarFromTheOrigin) {
+    constexpr double away = 500000;
+    Problem problem;
+    for (const auto& [x, y] : {std::pair(0, 0), {2, 0}, {2, 1}, {0, 1}}) problem.Node(away + x, y);
+    problem.Element("3 4 1 2 0 0 0 0", 4);
+    Show(problem, {-away, 1, -3});
+    for (int i = 1; i < 20; ++i) {
+        const double x = away + 0.1 * i;
+        const double y = 0.05 * i;
+        EXPECT_NEAR(ProbeAt(scene, &results, x, y).temperature, 0.1 * i - 3 * y, 1e-4) << i;
+        VerticalLine line;
+        ASSERT_EQ(CutVertical(x, line), 1);
+        ASSERT_FALSE(line.samples.empty()) << i;
+        EXPECT_NEAR(TemperaturesAlong(line, results).back(), 0.1 * i, 1e-4) << i;
+    }
 }
 
 // A NULL element between two others parts the line.

@@ -53,6 +53,11 @@ TEST_F(ViewSessions, StepsAreShownAndReadAhead) {
     CurveSheet trumpet;
     ASSERT_TRUE(ThawSheets(session, 0.5, depth, trumpet));
     EXPECT_EQ(depth.curves[0].pieces[0].size(), 3);
+    ASSERT_EQ(depth.curves[1].pieces.size(), 3);  // a crossing in each step, thawed above
+    EXPECT_NEAR(depth.curves[1].pieces[0][0].y, 1.8, 1e-3);
+    EXPECT_TRUE(depth.curves[2].pieces.empty());
+    ASSERT_EQ(depth.curves[3].pieces.size(), 1);
+    EXPECT_NEAR(depth.curves[3].pieces[0][0].y, 1.9, 1e-3);
     EXPECT_NEAR(trumpet.curves[1].pieces[0].front().x, 19, 1e-3);  // the greatest at the surface
     EXPECT_FALSE(ThawSheets(session, 7, depth, trumpet));
 }
@@ -68,7 +73,10 @@ TEST_F(ViewSessions, RefreshFollowsTheFiles) {
     ASSERT_EQ(RefreshView(session), 1);
     ASSERT_EQ(ShowStep(session, 1), 1);
     const std::string bytes = ReadFile("case.r03");
+    while (ReadAhead(session)) continue;                       // keeps the step
     WriteFile("case.r03", bytes.substr(0, bytes.size() / 2));  // as if it were being written
+    EXPECT_EQ(ShowStep(session, 2), 0);
+    EXPECT_THAT(TakeMessages(), ElementsAre(5002));
     ASSERT_EQ(RefreshView(session), 1);
     EXPECT_EQ(session.set.steps.size(), 2);
     EXPECT_EQ(TitleOf(session), "case.kdr    step 2, time 2");
@@ -87,7 +95,7 @@ TEST_F(ViewSessions, PicturesBecomeFiles) {
     picture.width = 100;
     picture.height = 50;
     AddBox(picture, {0, 0, 100, 50}, Rgb(0x3366CC));
-    AddText(picture, {50, 25}, "text", {TextAnchor::Middle});
+    AddText(picture, {50, 25}, "t\xE9xt \xC3\xA9", {TextAnchor::Middle});  // Latin 1, UTF-8
     struct Case {
         const char* name;
         const char* begin;

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QMouseEvent>
+#include <QPainterPath>
 #include <QWheelEvent>
 #include <cmath>
 
@@ -14,6 +15,18 @@ namespace {
 PicturePoint ToPicture(const QPointF& p) { return {p.x(), p.y()}; }
 
 constexpr double clickReach = 12;  // pixels from a click to the node that it means
+
+// Can be seen on every colour.
+void PaintMark(QPainter& painter, const QPainterPath& path) {
+    painter.strokePath(path, QPen(Qt::white, 3.5));
+    painter.strokePath(path, QPen(Qt::black, 1.5, Qt::DashLine));
+}
+
+QPainterPath LinePath(const QPointF& from, const QPointF& to) {
+    QPainterPath path(from);
+    path.lineTo(to);
+    return path;
+}
 
 }  // namespace
 
@@ -95,10 +108,33 @@ void GroundView::paintEvent(QPaintEvent*) {
         stale_ = false;
     }
     PaintPicture(painter, picture_);
+    PaintMarks(painter);
+}
+
+void GroundView::PaintMarks(QPainter& painter) const {
+    const GroundPlace place = Place();
+    const auto at = [&](PicturePoint p) {
+        const PicturePoint there = place.ToPicture(p.x, p.y);
+        return QPointF(there.x, there.y);
+    };
+    const QRectF plot({place.plot.left, place.plot.top}, QPointF{place.plot.right, place.plot.bottom});
+    painter.setClipRect(plot);
+    painter.setRenderHint(QPainter::Antialiasing);
     if (pressed_ && !panning_ && tool_ == GroundTool::Section) {
-        painter.setPen(QPen(Qt::black, 1.5, Qt::DashLine));
-        painter.drawLine(*pressed_, last_);
+        PaintMark(painter, LinePath(*pressed_, last_));
+    } else if (marks.section) {
+        PaintMark(painter, LinePath(at(marks.section->first), at(marks.section->second)));
     }
+    if (marks.vertical) {
+        const double x = at({*marks.vertical, 0}).x();
+        PaintMark(painter, LinePath({x, plot.top()}, {x, plot.bottom()}));
+    }
+    if (!marks.node) return;
+    constexpr double radius = 6;
+    QPainterPath ring;
+    ring.addEllipse(at(*marks.node), radius, radius);
+    painter.strokePath(ring, QPen(Qt::white, 4));
+    painter.strokePath(ring, QPen(Qt::black, 2));
 }
 
 void GroundView::resizeEvent(QResizeEvent*) { stale_ = true; }

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QWidget>
 #include <optional>
+#include <utility>
 
 #include "view/ground_picture.h"
 
@@ -16,6 +17,13 @@ enum class GroundTool {
     Thaw      // a click asks for the vertical there
 };
 
+// What the curves that are open tell of, in places of the mesh.
+struct GroundMarks {
+    std::optional<std::pair<PicturePoint, PicturePoint>> section;
+    std::optional<double> vertical;
+    std::optional<PicturePoint> node;
+};
+
 class GroundView : public QWidget {
     Q_OBJECT
 
@@ -23,6 +31,7 @@ public:
     explicit GroundView(QWidget* parent = nullptr);
 
     GroundLook look;  // its size and window are the view's own
+    GroundMarks marks;
 
     // The scene to show; null shows the text of ShowInstead.
     void ShowScene(Scene* scene);
@@ -58,6 +67,7 @@ private:
     void ZoomAbout(const QPointF& at, double factor);
     void PanTo(const QPointF& at);
     void SetUpLook();
+    void PaintMarks(QPainter& painter) const;
 
     Scene* scene_ = nullptr;
     QString instead_;

@@ -19,6 +19,7 @@
 #include <QStatusBar>
 #include <QToolBar>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "frontend/desktop/help_viewer.h"
 #include "frontend/desktop/menus.h"
@@ -36,8 +37,8 @@ namespace kaldra {
 
 namespace {
 
-constexpr int playInterval = 350;     // milliseconds from step to step
-constexpr int markerInterval = 1000;  // from one look at the marker of a run to the next
+constexpr int playInterval = 350;    // milliseconds from step to step
+constexpr int watchInterval = 1000;  // from one look at the folder to the next
 
 // What the engine says while a file is opened belongs into the window, not into a box.
 struct Gathered {
@@ -67,6 +68,8 @@ public:
     Gathering(const Gathering&) = delete;
     Gathering& operator=(const Gathering&) = delete;
 };
+
+FileStamp FolderStamp(const std::string& path) { return StampOf(path.substr(0, FileNameOffset(path)) + "."); }
 
 QString NoFileText() {
     return QObject::tr(
@@ -105,23 +108,27 @@ ViewWindow::ViewWindow() : view_(new GroundView), note_(new QLabel), probe_(new 
     MakeToolsMenu();
     MakeStepBar();
     connect(view_, &GroundView::Pointed, this, &ViewWindow::ShowProbe);
-    connect(view_, &GroundView::PointedNowhere, probe_, &QLabel::clear);
+    connect(view_, &GroundView::PointedNowhere, this, [this] {
+        pointed_.reset();
+        probe_->clear();
+    });
     connect(view_, &GroundView::NodeAsked, this, &ViewWindow::ShowHistory);
     connect(view_, &GroundView::SectionDrawn, this, &ViewWindow::ShowSection);
     connect(view_, &GroundView::ThawAsked, this, &ViewWindow::ShowThaw);
     connect(&reading_, &QTimer::timeout, this, &ViewWindow::ReadOneAhead);
     connect(&playing_, &QTimer::timeout, this,
             [this] { slider_->setValue((slider_->value() + 1) % (slider_->maximum() + 1)); });
-    connect(&marker_, &QTimer::timeout, this, &ViewWindow::WatchMarker);
+    connect(&watching_, &QTimer::timeout, this, &ViewWindow::WatchFolder);
     QDBusConnection::sessionBus().connect({}, "/org/kaldra/Solve", "org.kaldra.Solve", "ProblemRefresh", this,
                                           SLOT(Refresh()));
-    marker_.start(markerInterval);
+    watching_.start(watchInterval);
     ShowOpened(false);
     resize(1080, 720);
 }
 
 ViewWindow::~ViewWindow() {
     CloseHelp();
+    CloseCurves();
     (void)FreeModel();
 }
 
@@ -263,6 +270,8 @@ void ViewWindow::OpenFile(const QString& path) {
     play_->setChecked(false);
     view_->look.window = {};
     const std::string full = TruePath(path.toStdString());
+    CloseCurves();
+    folder_ = FolderStamp(full);
     if (!FileExists(full)) {
         session_ = {};
         ShowOpened(false);
@@ -301,7 +310,7 @@ void ViewWindow::ShowOpened(bool opened) {
                                                                   session_.path.substr(FileNameOffset(session_.path))));
     UpdateStepBar();
     UpdateColours();
-    probe_->clear();
+    if (pointed_) ShowProbe(pointed_->x, pointed_->y);
     reading_.start(0);
 }
 
@@ -323,12 +332,15 @@ void ViewWindow::dropEvent(QDropEvent* event) {
     OpenFile(event->mimeData()->urls().value(0).toLocalFile());
 }
 
-// A run in another process leaves a marker until its end; kaldra-run tells of its end by nothing else.
-void ViewWindow::WatchMarker() {
-    const bool stands = session_.isOpen && FileExists(ReplaceExtension(session_.path, StringText(1089)));
-    const bool ended = markerStood_ && !stands;
-    markerStood_ = stands;
-    if (ended) Refresh();
+// kaldra-run tells of its end by nothing but what it does to the folder: a marker while it goes on, and files. A run
+// that is over between two looks has changed it too.
+void ViewWindow::WatchFolder() {
+    if (session_.path.empty()) return;
+    const bool stood = std::exchange(markerStood_, FileExists(ReplaceExtension(session_.path, StringText(1089))));
+    const FileStamp now = FolderStamp(session_.path);
+    if (markerStood_ || (now == folder_ && !stood)) return;
+    folder_ = now;
+    Refresh();
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -353,6 +365,8 @@ void ViewWindow::ShowStepAt(int index) {
         if (ShowStep(session_, static_cast<std::size_t>(index)) == 1) {
             UpdateStepBar();
             UpdateColours();
+            RenewCurves();
+            if (pointed_) ShowProbe(pointed_->x, pointed_->y);
             return;
         }
     }
@@ -380,21 +394,62 @@ void ViewWindow::ReadOneAhead() {
     reading_.stop();
     statusBar()->clearMessage();
     if (session_.isOpen && choice_.fixedOverSteps) UpdateColours();
+    RenewCurves();
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Answers to the mouse
 
-void ViewWindow::ShowProbe(double x, double y) { probe_->setText(QString::fromStdString(ProbeText(session_, x, y))); }
+void ViewWindow::ShowProbe(double x, double y) {
+    pointed_ = {x, y};
+    probe_->setText(session_.isOpen ? QString::fromStdString(ProbeText(session_, x, y)) : QString());
+}
 
 void ViewWindow::ShowCurves(QPointer<CurveWindow>& window, const CurveSheet& sheet) {
     if (window) {
         window->SetSheet(sheet);
     } else {
         window = new CurveWindow(sheet, this);
+        connect(window, &QObject::destroyed, this, &ViewWindow::UpdateMarks, Qt::QueuedConnection);
     }
     window->show();
     window->raise();
+    UpdateMarks();
+}
+
+// A node and a place are marked as long as their curves can be seen.
+void ViewWindow::UpdateMarks() {
+    view_->marks = {};
+    if (section_) view_->marks.section = asked_.section;
+    if (history_) view_->marks.node = asked_.node;
+    if (depth_ || trumpet_) view_->marks.vertical = asked_.vertical;
+    view_->update();
+}
+
+static bool HasPoints(const CurveSheet& sheet) {
+    return std::ranges::any_of(sheet.curves, [](const Curve& curve) {
+        return std::ranges::any_of(curve.pieces, [](const auto& piece) { return !piece.empty(); });
+    });
+}
+
+// The curves that can be seen follow the step and the files. Those that have nothing to tell any more go.
+void ViewWindow::RenewCurves() {
+    const auto renew = [](QPointer<CurveWindow>& window, const CurveSheet& sheet) {
+        if (window) HasPoints(sheet) ? window->SetSheet(sheet) : delete window.data();
+    };
+    if (!session_.isOpen) return CloseCurves();
+    if (section_) renew(section_, SectionSheet(session_, asked_.section->first, asked_.section->second));
+    if (history_) renew(history_, node_ <= model.nodeCount ? HistorySheet(session_, node_) : CurveSheet());
+    if (!depth_ && !trumpet_) return;
+    CurveSheet depth;
+    CurveSheet trumpet;
+    (void)ThawSheets(session_, *asked_.vertical, depth, trumpet);
+    renew(depth_, depth);
+    renew(trumpet_, trumpet);
+}
+
+void ViewWindow::CloseCurves() {
+    for (CurveWindow* const window : {section_.data(), history_.data(), depth_.data(), trumpet_.data()}) delete window;
 }
 
 void ViewWindow::ShowHistory(double x, double y, double reach) {
@@ -402,14 +457,16 @@ void ViewWindow::ShowHistory(double x, double y, double reach) {
     if (node == 0) return;
     if (session_.readAhead == 0)
         return statusBar()->showMessage(tr("Node %1: there are no results yet").arg(node), 4000);
+    node_ = node;
+    const NodeRec& record = model.nodes[IndexOf(node)];
+    asked_.node = {record.x, record.y};
     ShowCurves(history_, HistorySheet(session_, node));
 }
 
 void ViewWindow::ShowSection(double x1, double y1, double x2, double y2) {
     const CurveSheet sheet = SectionSheet(session_, {x1, y1}, {x2, y2});
-    if (sheet.curves[0].pieces.empty()) {
-        return statusBar()->showMessage(tr("The line meets no temperatures"), 4000);
-    }
+    if (!HasPoints(sheet)) return statusBar()->showMessage(tr("The line meets no temperatures"), 4000);
+    asked_.section = {{x1, y1}, {x2, y2}};
     ShowCurves(section_, sheet);
 }
 
@@ -419,6 +476,7 @@ void ViewWindow::ShowThaw(double x) {
     if (!ThawSheets(session_, x, depth, trumpet)) {
         return statusBar()->showMessage(tr("No temperatures lie on the vertical at x = %1").arg(x, 0, 'g', 4), 4000);
     }
+    asked_.vertical = x;
     ShowCurves(depth_, depth);
     ShowCurves(trumpet_, trumpet);
 }
@@ -471,6 +529,7 @@ void ViewWindow::CopyPicture() {
 
 int ViewWindow::SaveAnimation(const QString& name) {
     const QString stem = name.endsWith(".png", Qt::CaseInsensitive) ? name.chopped(4) : name;
+    while (choice_.fixedOverSteps && ReadAhead(session_)) continue;  // or the scale would widen on the way
     const std::size_t shown = session_.shown;
     int written = 0;
     for (std::size_t i = 0; i < session_.set.steps.size(); ++i) {
@@ -488,7 +547,6 @@ int ViewWindow::SaveAnimation(const QString& name) {
 
 void ViewWindow::AskForAnimation() {
     play_->setChecked(false);
-    while (choice_.fixedOverSteps && ReadAhead(session_)) continue;  // or the scale would widen on the way
     const QString name =
         AskForPictureName(this, tr("Save Animation as NAME-0001.png, NAME-0002.png, ..."), {"PNG (*.png)"});
     if (name.isEmpty()) return;

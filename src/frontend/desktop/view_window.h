@@ -3,12 +3,13 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMainWindow>
-#include <QFileInfo>
 #include <QPointer>
 #include <QSlider>
 #include <QTimer>
+#include <optional>
 
 #include "frontend/desktop/curve_window.h"
 #include "frontend/desktop/ground_view.h"
@@ -54,12 +55,15 @@ private:
     void UpdateColours();
     void UpdateStepBar();
     void ReadOneAhead();
-    void WatchMarker();
+    void WatchFolder();
     void ShowProbe(double x, double y);
     void ShowHistory(double x, double y, double reach);
     void ShowSection(double x1, double y1, double x2, double y2);
     void ShowThaw(double x);
     void ShowCurves(QPointer<CurveWindow>& window, const CurveSheet& sheet);
+    void RenewCurves();
+    void CloseCurves();
+    void UpdateMarks();
     void ChooseFile();
     void ChooseScale();
     void CopyPicture();
@@ -73,9 +77,13 @@ private:
     QLabel* step_;   // beside the slider
     QSlider* slider_ = nullptr;
     QAction* play_ = nullptr;
-    QTimer playing_, reading_, marker_;
+    QTimer playing_, reading_, watching_;
+    FileStamp folder_;  // of the data file, as it was last looked at without a run
     bool markerStood_ = false;
+    std::optional<PicturePoint> pointed_;  // under the cursor, in the mesh
     QPointer<CurveWindow> section_, history_, depth_, trumpet_;
+    GroundMarks asked_;      // what the curves tell of,
+    std::int32_t node_ = 0;  // and its node
 };
 
 }  // namespace kaldra

@@ -129,8 +129,9 @@ int Export(const Options& options) {
     PrintWarnings();
     if (!opened) return exitFailed;
     const bool anyStep = !options.formats.empty() || !options.verticals.empty() || !NeedsNoStep(options.pictures);
-    if (!anyStep) set.steps.clear();
-    if (const int refused = anyStep ? ChooseSteps(options, set.steps) : exitDone; refused != exitDone) return refused;
+    std::vector<SavedStep> steps;
+    if (anyStep) steps = set.steps;
+    if (const int refused = anyStep ? ChooseSteps(options, steps) : exitDone; refused != exitDone) return refused;
     if (!set.remark.empty()) PrintError("warning: " + set.remark);
     Targets to;
     to.exports.vtu = Wants(options, "vtu");
@@ -138,8 +139,8 @@ int Export(const Options& options) {
     to.wantsBook = Wants(options, "xlsx");
     if (const int refused = CutVerticals(options, to.histories); refused != exitDone) return refused;
     bool whole = !to.wantsBook || to.book.Begin();
-    for (std::size_t i = 0; whole && i < set.steps.size(); ++i) whole = AddStep(to, set.steps[i].step) == 1;
-    whole = whole && Finish(to) && MakePictures(options.pictures, set.steps, to.exports.written);
+    for (std::size_t i = 0; whole && i < steps.size(); ++i) whole = AddStep(to, steps[i].step) == 1;
+    whole = whole && Finish(to) && MakePictures(options.pictures, set, steps, to.exports.written);
     PrintWarnings();
     const int printed = PrintWritten(to.exports.written);
     return whole ? printed : exitFailed;

@@ -113,7 +113,8 @@ std::string CheckPictureOrder(PictureOrder& order, std::vector<std::string>& for
 
 bool NeedsNoStep(const PictureOrder& order) { return order.kind == "materials"; }
 
-int MakePictures(const PictureOrder& order, const std::vector<SavedStep>& steps, std::vector<std::string>& written) {
+int MakePictures(const PictureOrder& order, const ResultSet& set, const std::vector<SavedStep>& steps,
+                 std::vector<std::string>& written) {
     if (order.kind.empty()) return 1;
     ViewSession session;
     session.path = model.dataFileName;
@@ -122,14 +123,16 @@ int MakePictures(const PictureOrder& order, const std::vector<SavedStep>& steps,
     GroundLook look = order.look;
     look.title = TitleOf(session);
     if (NeedsNoStep(order)) return MakePicture(order, session.scene, look, 0, written);
-    session.set.steps = steps;
+    session.set = set;
     const ScaleChoice choice = ChoiceOf(order);
     if (choice.fixedOverSteps && !choice.given && !ReadRange(session)) return 0;
-    for (std::size_t i = 0; i < steps.size(); ++i) {
+    for (std::size_t i = 0; i < set.steps.size(); ++i) {
+        const std::int32_t step = set.steps[i].step;
+        if (std::ranges::count(steps, step, &SavedStep::step) == 0) continue;
         if (!ShowStep(session, i)) return 0;
         look.title = TitleOf(session);
         look.colours = ScaleOf(session, choice);
-        if (!MakePicture(order, session.scene, look, steps[i].step, written)) return 0;
+        if (!MakePicture(order, session.scene, look, step, written)) return 0;
     }
     return 1;
 }

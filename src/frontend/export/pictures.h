@@ -37,8 +37,9 @@ void AddPictureOptions(CLI::App& app, PictureOrder& order);
 // True for an order that can be met without any result.
 [[nodiscard]] bool NeedsNoStep(const PictureOrder& order);
 
-// Draws the pictures and adds their names to `written`. Gives 1, or 0 after a message.
-[[nodiscard]] int MakePictures(const PictureOrder& order, const std::vector<SavedStep>& steps,
+// Draws the pictures of `steps` and adds their names to `written`; a fixed scale fits all steps of `set`. Gives 1, or 0
+// after a message.
+[[nodiscard]] int MakePictures(const PictureOrder& order, const ResultSet& set, const std::vector<SavedStep>& steps,
                                std::vector<std::string>& written);
 
 }  // namespace kaldra

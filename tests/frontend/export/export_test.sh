@@ -79,6 +79,11 @@ pictures_have_their_colours() {
     [ "$(cat out)" = "$PWD/column.materials.png" ] || fail "listed: $(cat out)"
     export_as 1 column.kdr --picture temperature
     has err "no saved step"
+    example road-embankment # a step alone has the colours that it has among all
+    export_as 0 road-embankment.kdr --picture temperature --size 300x200
+    mv road-embankment.temperature.100.png among-all.png
+    export_as 0 road-embankment.kdr --picture temperature --size 300x200 --step 100
+    cmp among-all.png road-embankment.temperature.100.png || fail "another scale for a step alone"
     export_as 2 column.kdr --to svg
     export_as 2 column.kdr --picture none
     for wrong in --size=10x10 --size=500 --range=9:1 --range=x --bands=101 --layers=soil; do
