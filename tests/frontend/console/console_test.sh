@@ -131,6 +131,8 @@ bad.kdr:35: error: field 1 of this row of POLE is missing, or no number that can
     [ "$(ls)" = "$(printf '%s\n' a.kdr bad.kdr err out)" ] || fail "a check leaves files: $(ls)"
 }
 
+skip() { echo "SKIPPED: $*"; }
+
 # The problem with COUNT flux sections: 20 are more than one block of the flux file.
 many_sections() {
     for ((n = 1; n <= $1; ++n)); do printf '%s\n' "$n 1" "1 -1 0.5 2 0.5"; done >sections
@@ -160,27 +162,70 @@ tells_of_broken_files() {
 
 # No file can grow beyond a limit, and as on a full disk some of a text comes out. A run that ends well has left what it
 # leaves undisturbed; any other has said why.
-meets_a_file_size_limit() {
-    local status ends="" blocks file
+# whole_run: the files of one run that nothing disturbs, in whole.
+whole_run() {
     many_sections 200 >a.kdr
     run 0 -q a.kdr
     mkdir whole
     mv a.[tgrjc]* whole
     rm whole/a.run.json # tells of each run alone
+}
+
+# ended WHAT STATUS FOLDER: a run that ended with STATUS left whole files in FOLDER, or told that it did not.
+ended() {
+    local file
+    if [ "$2" = 0 ]; then
+        for file in whole/*; do cmp "$file" "$3/${file#*/}" || fail "$1: ${file#*/} is not whole"; done
+        python3 -m json.tool "$3/a.run.json" >/dev/null || fail "$1: a.run.json is not whole"
+    else
+        grep -Eq "error 1192: |error 10[0-9]{2}: " both || fail "$1: $(cat both)"
+    fi
+    gone "$3/a.lkp"
+}
+
+meets_a_file_size_limit() {
+    local ends="" blocks status
+    whole_run
     for blocks in 0 1 2 4 8 16 64; do # of 1024 bytes
         (ulimit -f "$blocks" && exec "$program" -q a.kdr 2>&1 </dev/null) | cat >both
         status=${PIPESTATUS[0]}
-        if [ "$status" = 0 ]; then
-            for file in whole/*; do cmp "$file" "${file#*/}" || fail "files of $blocks KiB: ${file#*/} is not whole"; done
-            python3 -m json.tool a.run.json >/dev/null || fail "files of $blocks KiB: a.run.json is not whole"
-        else
-            grep -Eq "error 1192: |error 10[0-9]{2}: " both || fail "files of $blocks KiB: $(cat both)"
-        fi
-        gone a.lkp
+        ended "files of $blocks KiB" "$status" .
         ends+=$status
         rm -f a.[tgrjc]*
     done
     [[ $ends =~ ^1+0+$ ]] || fail "exits $ends"
+}
+
+# on_full_disk FREE: in a name space of its own, where any user may mount a file system; leaves its files in left.
+on_full_disk() {
+    mount -t tmpfs -o size=512k tmpfs disk || exit 99
+    cp a.kdr disk
+    head -c $(($(stat -f -c '%a * %S' disk) - $1)) /dev/zero >disk/filler
+    "$program" -q disk/a.kdr >both 2>&1 </dev/null
+    local status=$?
+    rm disk/filler
+    cp disk/* left
+    exit $status
+}
+
+meets_a_full_disk() {
+    local ends="" free status
+    whole_run
+    mkdir disk
+    export program
+    for free in 0 4096 8192 16384 32768 65536 131072; do
+        rm -rf left
+        mkdir left
+        status=0
+        unshare --user --map-root-user --mount bash -c "$(declare -f on_full_disk); on_full_disk $free" 2>err || status=$?
+        if [ "$status" = 99 ] || [ ! -e left/a.kdr ]; then
+            skip "no file system of one's own can be mounted: $(cat err)"
+            return
+        fi
+        ended "$free bytes left" "$status" left
+        ends+=$status
+    done
+    [[ $ends == 1*0 ]] || fail "exits $ends"
 }
 
 # as_somebody NAME TEXT UNTOUCHED: a run by a user whom permissions bind fails with the text.
@@ -202,7 +247,7 @@ meets_missing_permissions() {
         user=(setpriv --reuid=65534 --regid=65534 --clear-groups)
         chmod 777 .
         if ! "${user[@]}" ./program --version >out 2>&1; then
-            echo "SKIPPED: the superuser is bound by no permission, and cannot become another user: $(cat out)"
+            skip "the superuser is bound by no permission, and cannot become another user: $(cat out)"
             return
         fi
     fi
