@@ -195,30 +195,33 @@ KindShapes ShapesOf(const ElementKind& kind, const ElementRec& element) {
     return shapes;
 }
 
-constexpr std::size_t batchesPerTask = 64;
+constexpr std::size_t batchesPerTask = 8;
 
-// Runs work(first, end) over the batches of one kind, and stops early when Stop was pressed.
+// Runs work(kind, first, end) over all batches, those of different kinds apart, and stops early when Stop was pressed.
 template <class Work>
-void OverBatches(const ElementKind& kind, const Work& work) {
-    RunChunks(kind.batchCount, batchesPerTask, [&](std::size_t first, std::size_t end) {
-        if (IsRunning()) work(kind.firstBatch + first, kind.firstBatch + end);
+void OverBatches(const ElementBatches& b, const Work& work) {
+    RunChunks(b.kindOfBatch.size(), batchesPerTask, [&](std::size_t first, std::size_t end) {
+        while (first < end && IsRunning()) {
+            const ElementKind& kind = b.kinds[b.kindOfBatch[first]];
+            const std::size_t last = std::min(end, kind.firstBatch + kind.batchCount);
+            work(kind, first, last);
+            first = last;
+        }
     });
 }
 
 void FillAllBatches(ElementBatches& b) {
     std::atomic<std::size_t> faulty{Elements()};
-    for (const ElementKind& kind : b.kinds) {
+    OverBatches(b, [&](const ElementKind& kind, std::size_t first, std::size_t end) {
         const auto representative = static_cast<std::size_t>(b.element[kind.firstBatch * laneCount]);
         const KindShapes kindShapes = ShapesOf(kind, model.elements[representative]);
-        OverBatches(kind, [&](std::size_t first, std::size_t end) {
-            for (std::size_t batch = first; batch < end; ++batch) {
-                FillNodes(b, batch);
-                const std::size_t found = FillShapes(b, kindShapes, batch);
-                for (std::size_t known = faulty; found < known && !faulty.compare_exchange_weak(known, found);) {
-                }
+        for (std::size_t batch = first; batch < end; ++batch) {
+            FillNodes(b, batch);
+            const std::size_t found = FillShapes(b, kindShapes, batch);
+            for (std::size_t known = faulty; found < known && !faulty.compare_exchange_weak(known, found);) {
             }
-        });
-    }
+        }
+    });
     b.faultyElement = faulty < Elements() ? static_cast<std::int64_t>(faulty.load()) : -1;
 }
 
@@ -321,25 +324,23 @@ int FormElementMatrices(bool& changed) {
     const bool stepIsNew = runState.currentStep != b.inputs.step;  // and with it the old temperatures of the loads
     std::atomic<bool> anyFormed{false};
     b.entriesFormed = false;  // a stop may leave them half made
-    for (const ElementKind& kind : b.kinds) {
+    OverBatches(b, [&](const ElementKind& kind, std::size_t first, std::size_t end) {
         const LaneSettings settings = SettingsOf(b, kind);
-        OverBatches(kind, [&](std::size_t first, std::size_t end) {
-            LaneHints hints;
-            for (std::size_t batch = first; batch < end; ++batch) {
-                const LaneBatch lanes = BatchAt(b, kind, batch);
-                const std::size_t inKind = BatchInKind(kind, batch);
-                float* const entries = b.entries.data() + kind.firstEntry + inKind * kind.EntriesPerBatch();
-                float* const loads =
-                    b.loads.empty() ? nullptr : b.loads.data() + kind.firstLoad + inKind * kind.LoadsPerBatch();
-                if (kernels.evaluate(tables, lanes, settings, hints) || all) {
-                    anyFormed.store(true, std::memory_order_relaxed);
-                    kernels.form(tables, lanes, settings, entries, loads);
-                } else if (settings.transient && stepIsNew) {
-                    kernels.load(tables, lanes, loads);
-                }
+        LaneHints hints;
+        for (std::size_t batch = first; batch < end; ++batch) {
+            const LaneBatch lanes = BatchAt(b, kind, batch);
+            const std::size_t inKind = BatchInKind(kind, batch);
+            float* const entries = b.entries.data() + kind.firstEntry + inKind * kind.EntriesPerBatch();
+            float* const loads =
+                b.loads.empty() ? nullptr : b.loads.data() + kind.firstLoad + inKind * kind.LoadsPerBatch();
+            if (kernels.evaluate(tables, lanes, settings, hints) || all) {
+                anyFormed.store(true, std::memory_order_relaxed);
+                kernels.form(tables, lanes, settings, entries, loads);
+            } else if (settings.transient && stepIsNew) {
+                kernels.load(tables, lanes, loads);
             }
-        });
-    }
+        }
+    });
     changed = anyFormed;
     if (!IsRunning()) return 0;
     b.inputs = inputs;
@@ -389,23 +390,21 @@ int FindPointCrossings(std::vector<PointCrossing>& crossings) {
     crossings.clear();
     std::atomic<bool> outOfMemory{false};
     std::mutex lock;
-    for (const ElementKind& kind : b.kinds) {
-        OverBatches(kind, [&](std::size_t first, std::size_t end) {
-            std::array<float, largestRule * laneCount> now;
-            std::array<std::uint16_t, largestRule> crossed;
-            std::vector<PointCrossing> found;
-            const bool fits = TryMemory((end - first) * laneCount * kind.points * sizeof(PointCrossing), [&] {
-                for (std::size_t batch = first; batch < end; ++batch) {
-                    const LaneBatch lanes = BatchAt(b, kind, batch);
-                    kernels.cross(tables, lanes, model.freezingPoint, now.data(), crossed.data());
-                    CollectCrossings(b, kind, batch, lanes, now.data(), crossed.data(), found);
-                }
-                const std::scoped_lock held(lock);
-                crossings.insert(crossings.end(), found.begin(), found.end());
-            });
-            if (!fits) outOfMemory = true;
+    OverBatches(b, [&](const ElementKind& kind, std::size_t first, std::size_t end) {
+        std::array<float, largestRule * laneCount> now;
+        std::array<std::uint16_t, largestRule> crossed;
+        std::vector<PointCrossing> found;
+        const bool fits = TryMemory((end - first) * laneCount * kind.points * sizeof(PointCrossing), [&] {
+            for (std::size_t batch = first; batch < end; ++batch) {
+                const LaneBatch lanes = BatchAt(b, kind, batch);
+                kernels.cross(tables, lanes, model.freezingPoint, now.data(), crossed.data());
+                CollectCrossings(b, kind, batch, lanes, now.data(), crossed.data(), found);
+            }
+            const std::scoped_lock held(lock);
+            crossings.insert(crossings.end(), found.begin(), found.end());
         });
-    }
+        if (!fits) outOfMemory = true;
+    });
     if (outOfMemory) return ShowOutOfMemory();
     std::ranges::sort(crossings, {}, &PointCrossing::pointIndex);
     return IsRunning();

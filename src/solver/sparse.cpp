@@ -270,7 +270,8 @@ void EliminateTopFront(std::int32_t s) {
     const Supernode& node = model.tree.nodes[At(s)];
     const Front front{node, FactorOf(node), f.sharedUpdates.data() + node.update};
     const auto gather = [&](std::int64_t first, std::int64_t end) {
-        Gather(front, s, first, end, [&f](const Supernode& child) { return f.sharedUpdates.data() + child.update; });
+        Gather(front, s, first, end,
+               [](const Supernode& child) { return model.sparse.sharedUpdates.data() + child.update; });
     };
     const DenseSystem system = SystemOf(front, f.workspaces[0].groups);
     FactorStrips(
