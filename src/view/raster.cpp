@@ -69,7 +69,7 @@ Plane PlaneOf(const RasterTriangle& t) {
 // In whole numbers: a mesh has a million such pixels.
 Colour Blend(Colour under, Colour over, float part) {
     constexpr std::uint32_t whole = 256;
-    const auto to = static_cast<std::uint32_t>(part * static_cast<float>(whole) + 0.5F);
+    const std::uint32_t to = (static_cast<std::uint32_t>(part * static_cast<float>(2 * whole)) + 1) / 2;  // rounded
     std::uint32_t mixed = 0;
     for (const int shift : {16, 8, 0}) {
         const std::uint32_t sum = ((under >> shift) & 0xFFU) * (whole - to) + ((over >> shift) & 0xFFU) * to;
