@@ -141,7 +141,7 @@ void OncePerRun(benchmark::State& state, const Build& build) {
     model.dataFileName.clear();
 }
 
-void Geometry(benchmark::State& state) { OncePerRun(state, BuildElementBatches); }
+void Geometry(benchmark::State& state) { OncePerRun(state, FillElementBatches); }
 void Pattern(benchmark::State& state) { OncePerRun(state, BuildSystemMatrix); }
 void Ordering(benchmark::State& state) { OncePerRun(state, BuildEliminationTree); }
 

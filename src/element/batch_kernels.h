@@ -12,22 +12,22 @@
 
 namespace kaldra {
 
-// The nodal temperatures and the tables per integration point of the whole model.
+// The nodal temperatures of the whole model.
 struct LaneTables {
-    const float* temperature;   // of node 0; `previous` stands behind it
-    std::size_t nodeStride;     // floats from node to node
-    float* results;             // PointResults
-    float* floor;               // SlopeFloor
-    const std::uint8_t* phase;  // PhaseState
+    const float* temperature;  // of node 0; `previous` stands behind it
+    std::size_t nodeStride;    // floats from node to node
 };
 
 // What one batch is evaluated with.
 struct LaneBatch {
     std::size_t slots, points;
-    const float (*N)[8];         // per point
-    const std::int32_t* nodes;   // [slot][lane]
-    const float* shapes;         // as in ElementBatches
-    std::int64_t firstPoint[8];  // per lane: PointResultOffset
+    const float (*N)[8];        // per point
+    const std::int32_t* nodes;  // [slot][lane]
+    const float* shapes;        // as in ElementBatches
+    float* record;              // of PointResults: [run][point][lane]
+    float* floor;               // of SlopeFloor: [point][lane]
+    const std::uint8_t* phase;  // of PhaseState: [point][lane]
+    float* oldWater;            // [point][lane]: unfrozen part of the water when the step began
 };
 
 // Settings of the iteration and of the material.
@@ -35,6 +35,7 @@ struct LaneSettings {
     bool transient;
     bool conductivityHolds;  // keep the recorded conductivity
     bool allPointsOpen;      // every point takes latent heat
+    bool stepIsNew;          // oldWater is still to be evaluated
     float increment;
     float freezingPoint;
     float latentHeat;

@@ -24,7 +24,11 @@ constexpr std::size_t mostPoints = 9;
 // ---------------------------------------------------------------------------------------------------------------------
 // Lanes
 
+#if defined(__AVX512F__)
+KALDRA_INLINE Wide8 Widen(Real8 v) { return reinterpret_cast<Wide8>(_mm512_cvtps_pd(reinterpret_cast<__m256>(v))); }
+#else
 KALDRA_INLINE Wide8 Widen(Real8 v) { return __builtin_convertvector(v, Wide8); }
+#endif
 KALDRA_INLINE Real8 Narrow8(Wide8 v) { return __builtin_convertvector(v, Real8); }
 KALDRA_INLINE Real8 All(float v) { return Real8{v, v, v, v, v, v, v, v}; }
 KALDRA_INLINE Wide8 AllWide(double v) { return Wide8{v, v, v, v, v, v, v, v}; }
@@ -107,6 +111,24 @@ KALDRA_INLINE void PutInInterval(Intervals8& at, WideMask8 which, const LaneInte
     at.mb = which ? AllWide(i.mb) : at.mb;
 }
 
+#if defined(__AVX512F__)
+// The intervals of a function that has few: the number of inner points that x has reached, and by it the columns.
+KALDRA_INLINE Intervals8 PickIntervals(const LaneFunction& f, Real8 x) {
+    Mask8 reached{};
+    for (std::size_t i = 1; i < f.intervals; ++i) reached -= x >= All(f.x[i]);
+    const __m512i interval = _mm512_cvtepi32_epi64(reinterpret_cast<__m256i>(reached));
+    const bool inOneVector = f.intervals <= lanes;
+    const auto pick = [&](std::size_t member) {
+        const double* const column = f.columns + member * fewIntervals;
+        const __m512d low = _mm512_loadu_pd(column);
+        return reinterpret_cast<Wide8>(inOneVector
+                                           ? _mm512_permutexvar_pd(interval, low)
+                                           : _mm512_permutex2var_pd(low, interval, _mm512_loadu_pd(column + lanes)));
+    };
+    return {pick(0), pick(1), pick(2), pick(3), pick(4), pick(5), pick(6), pick(7), pick(8), pick(9)};
+}
+#endif
+
 // Sets x back into the range of the function, and finds the intervals. `hint` is the interval of the last call: mostly
 // all lanes lie in it, and otherwise in few.
 KALDRA_INLINE Intervals8 FindIntervals(const LaneFunction& f, Real8& x, std::size_t& hint) {
@@ -114,6 +136,9 @@ KALDRA_INLINE Intervals8 FindIntervals(const LaneFunction& f, Real8& x, std::siz
     const float last = f.x[f.intervals];
     x = x <= All(first) ? All(first) : x;
     x = All(last) <= x ? All(last) : x;
+#if defined(__AVX512F__)
+    if (f.columns != nullptr) return PickIntervals(f, x);
+#endif
     unsigned missing = BitsOf(~LanesWithin(f, x, hint));
     Intervals8 at = AllInInterval(f.interval[hint]);
     float values[lanes];
@@ -193,28 +218,27 @@ KALDRA_INLINE Wide8 AtPoint(const LaneBatch& batch, const Wide8* slotValues, std
     return sum;
 }
 
-// Where the runs of PointResults of each lane begin, and the steps between them.
-struct Record8 {
-    std::int64_t run[lanes];  // of the first run
-    std::int64_t points;
-};
+enum Run : std::size_t { runConductivity, runTemperature, runWater, runSlope, runCapacity };
 
-KALDRA_INLINE Record8 RecordOf(const LaneBatch& batch) {
-    Record8 record;
-    for (std::size_t lane = 0; lane < lanes; ++lane) record.run[lane] = 5 * batch.firstPoint[lane];
-    record.points = static_cast<std::int64_t>(batch.points);
-    return record;
+KALDRA_INLINE float* RecordAt(const LaneBatch& batch, Run run, std::size_t point) {
+    return batch.record + (run * batch.points + point) * lanes;
 }
 
-enum Run : std::int64_t { runConductivity, runTemperature, runWater, runSlope, runCapacity };
-
-KALDRA_INLINE Real8 ReadRecord(const LaneTables& tables, const Record8& record, Run run, std::size_t point) {
-    return Collect(tables.results + (run * record.points + static_cast<std::int64_t>(point)), record.run);
+// Stores a value, and gives whether it is another one than before.
+KALDRA_INLINE bool Replace(float* at, Real8 v) {
+    const bool differs = Any(reinterpret_cast<Mask8>(v) != reinterpret_cast<Mask8>(LoadReal(at)));
+    StoreReal(at, v);
+    return differs;
 }
 
-KALDRA_INLINE void WriteRecord(const LaneTables& tables, const Record8& record, Run run, std::size_t point, Real8 v) {
-    float* const base = tables.results + (run * record.points + static_cast<std::int64_t>(point));
-    for (std::size_t lane = 0; lane < lanes; ++lane) base[record.run[lane]] = v[lane];
+// The lanes whose point is switched on.
+KALDRA_INLINE Mask8 SwitchedLanes(const std::uint8_t* phase) {
+    std::uint64_t states = 0;
+    __builtin_memcpy(&states, phase, sizeof states);
+    if (states == 0) return Mask8{};
+    Mask8 on;
+    for (std::size_t lane = 0; lane < lanes; ++lane) on[lane] = phase[lane] != 0 ? -1 : 0;
+    return on;
 }
 
 KALDRA_INLINE Real8 HeldToOne(Real8 v) {
@@ -223,9 +247,8 @@ KALDRA_INLINE Real8 HeldToOne(Real8 v) {
 }
 
 // The slope of the water content that these lanes ask for; 0 where they take no latent heat.
-KALDRA_INLINE Real8 WaterSlope8(const LaneSettings& set, Real8 present, Real8 old, Real8 presentPart, Mask8 takes,
-                                LaneHints& hints) {
-    const Real8 oldPart = HeldToOne(ValueOf(set.water, old, hints.oldWater));
+KALDRA_INLINE Real8 WaterSlope8(const LaneSettings& set, Real8 present, Real8 old, Real8 presentPart, Real8 oldPart,
+                                Mask8 takes, LaneHints& hints) {
     const Wide8 difference = Widen(present) - Widen(old);
     const Wide8 magnitude = (Magnitude(Widen(old)) + Magnitude(Widen(present))) * AllWide(0.5);
     const auto far = __builtin_convertvector(Magnitude(difference) / magnitude > AllWide(0.01), Mask8);
@@ -240,48 +263,35 @@ KALDRA_INLINE Real8 WaterSlope8(const LaneSettings& set, Real8 present, Real8 ol
 }
 
 // Heat capacity at one point of every lane, recorded; gives whether it has changed.
-KALDRA_INLINE bool EvaluateCapacity(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& set,
-                                    const Record8& record, std::size_t point, Real8 present, Real8 old,
-                                    LaneHints& hints) {
+KALDRA_INLINE bool EvaluateCapacity(const LaneBatch& batch, const LaneSettings& set, std::size_t point, Real8 present,
+                                    Real8 old, LaneHints& hints) {
     const Real8 presentPart = HeldToOne(ValueOf(set.water, present, hints.water));
+    float* const oldWater = batch.oldWater + point * lanes;
+    if (set.stepIsNew) StoreReal(oldWater, HeldToOne(ValueOf(set.water, old, hints.oldWater)));
     Mask8 takes = present != old;
-    Real8 floor;
-    for (std::size_t lane = 0; lane < lanes; ++lane) {
-        const std::size_t p = static_cast<std::size_t>(batch.firstPoint[lane]) + point;
-        floor[lane] = tables.floor[p];
-        if (!set.allPointsOpen && tables.phase[p] == 0) takes[lane] = 0;
+    if (!set.allPointsOpen) takes &= SwitchedLanes(batch.phase + point * lanes);
+    float* const floor = batch.floor + point * lanes;
+    Real8 slope = LoadReal(floor);
+    if (Any(takes)) {
+        const Real8 asked = WaterSlope8(set, present, old, presentPart, LoadReal(oldWater), takes, hints);
+        slope = asked > slope ? asked : slope;
+        StoreReal(floor, slope);
     }
-    Real8 slope{};
-    if (Any(takes)) slope = WaterSlope8(set, present, old, presentPart, takes, hints);
-    const Mask8 grows = slope > floor;
-    if (Any(grows)) {
-        floor = grows ? slope : floor;
-        for (std::size_t lane = 0; lane < lanes; ++lane) {
-            tables.floor[static_cast<std::size_t>(batch.firstPoint[lane]) + point] = floor[lane];
-        }
-    }
-    slope = floor;
 
     const Wide8 latentOfSlope =
         AllWide(static_cast<double>(set.latentHeat)) * Widen(slope) * AllWide(static_cast<double>(set.waterContent));
     const auto counts = __builtin_convertvector(slope > All(1e-10F), WideMask8);
     const Wide8 latent = counts ? latentOfSlope : Wide8{};
     const Real8 dry = old <= All(set.freezingPoint) ? All(set.frozenHeatCapacity) : All(set.unfrozenHeatCapacity);
-    const Real8 capacity = Narrow8(latent + Widen(dry));
-
-    const Mask8 changed =
-        reinterpret_cast<Mask8>(capacity) != reinterpret_cast<Mask8>(ReadRecord(tables, record, runCapacity, point));
-    WriteRecord(tables, record, runWater, point, presentPart * All(set.waterContent));
-    WriteRecord(tables, record, runSlope, point, slope * All(set.waterContent));
-    WriteRecord(tables, record, runCapacity, point, capacity);
-    return Any(changed);
+    StoreReal(RecordAt(batch, runWater, point), presentPart * All(set.waterContent));
+    StoreReal(RecordAt(batch, runSlope, point), slope * All(set.waterContent));
+    return Replace(RecordAt(batch, runCapacity, point), Narrow8(latent + Widen(dry)));
 }
 
 template <std::size_t M>
 bool EvaluateBatch(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& set, LaneHints& hints) {
     SlotTemperatures8 nodal;
     CollectTemperatures<M>(tables, batch, nodal);
-    const Record8 record = RecordOf(batch);
     bool changed = false;
     for (std::size_t point = 0; point < batch.points; ++point) {
         const Real8 present = Narrow8(AtPoint<M>(batch, nodal.present, point));
@@ -291,17 +301,10 @@ bool EvaluateBatch(const LaneTables& tables, const LaneBatch& batch, const LaneS
             Real8 at = present;
             if (set.transient) at = Narrow8((oldWide + Widen(present)) * AllWide(0.5));
             const Real8 k = ValueOf(set.conductivity, at, hints.conductivity);
-            const Mask8 differs = reinterpret_cast<Mask8>(k) !=
-                                  reinterpret_cast<Mask8>(ReadRecord(tables, record, runConductivity, point));
-            if (Any(differs)) {
-                changed = true;
-                WriteRecord(tables, record, runConductivity, point, k);
-            }
+            changed |= Replace(RecordAt(batch, runConductivity, point), k);
         }
-        WriteRecord(tables, record, runTemperature, point, present);
-        if (!set.transient) continue;
-        const Real8 old = Narrow8(oldWide);
-        if (EvaluateCapacity(tables, batch, set, record, point, present, old, hints)) changed = true;
+        StoreReal(RecordAt(batch, runTemperature, point), present);
+        if (set.transient) changed |= EvaluateCapacity(batch, set, point, present, Narrow8(oldWide), hints);
     }
     return changed;
 }
@@ -351,10 +354,10 @@ KALDRA_INLINE const float* ShapeOf(const LaneBatch& batch, std::size_t point) {
 }
 
 template <std::size_t M>
-KALDRA_INLINE void SumCapacity(const LaneTables& tables, const LaneBatch& batch, Real8* Cap) {
-    const Record8 record = RecordOf(batch);
+KALDRA_INLINE void SumCapacity(const LaneBatch& batch, Real8* Cap) {
     for (std::size_t point = 0; point < batch.points; ++point) {
-        AddCapacity8<M>(batch, point, ShapeOf<M>(batch, point), ReadRecord(tables, record, runCapacity, point), Cap);
+        const Real8 capacity = LoadReal(RecordAt(batch, runCapacity, point));
+        AddCapacity8<M>(batch, point, ShapeOf<M>(batch, point), capacity, Cap);
     }
 }
 
@@ -378,13 +381,13 @@ void FormBatch(const LaneTables& tables, const LaneBatch& batch, const LaneSetti
                float* loads) {
     const std::size_t m = SlotsOf<M>(batch);
     Real8 K[M != 0 ? M * M : mostSlots * mostSlots]{};
-    const Record8 record = RecordOf(batch);
     for (std::size_t point = 0; point < batch.points; ++point) {
-        AddConduction8<M>(batch, set, ShapeOf<M>(batch, point), ReadRecord(tables, record, runConductivity, point), K);
+        const Real8 k = LoadReal(RecordAt(batch, runConductivity, point));
+        AddConduction8<M>(batch, set, ShapeOf<M>(batch, point), k, K);
     }
     if (set.transient) {
         Real8 Cap[M != 0 ? M * M : mostSlots * mostSlots]{};
-        SumCapacity<M>(tables, batch, Cap);
+        SumCapacity<M>(batch, Cap);
         StoreLoads<M>(tables, batch, Cap, loads);
         const Real8 increment = All(set.increment);
         for (std::size_t i = 0; i < m; ++i) {
@@ -399,7 +402,7 @@ void FormBatch(const LaneTables& tables, const LaneBatch& batch, const LaneSetti
 template <std::size_t M>
 void LoadBatch(const LaneTables& tables, const LaneBatch& batch, float* loads) {
     Real8 Cap[M != 0 ? M * M : mostSlots * mostSlots]{};
-    SumCapacity<M>(tables, batch, Cap);
+    SumCapacity<M>(batch, Cap);
     StoreLoads<M>(tables, batch, Cap, loads);
 }
 

@@ -32,8 +32,10 @@ namespace {
 
 std::size_t Elements() { return static_cast<std::size_t>(model.elementCount); }
 
-// An element that brings something to the matrix.
-bool HasPoints(std::size_t e) { return !IsNullElement(model.elements[e]) && PointCount(e) > 0; }
+// An element that brings something to the matrix uses its node slots, any other none.
+bool UsesSlot(const ElementRec& element, std::size_t slot) {
+    return element.nodes[slot] > 0 && !IsNullElement(element);
+}
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Kinds and batches
@@ -43,7 +45,7 @@ bool IsOfKind(const ElementKind& kind, std::size_t e) {
     if (kind.material != IndexOf(element.material) || kind.points != PointCount(e)) return false;
     std::size_t used = 0;
     for (std::size_t slot = 0; slot < slotCount; ++slot) {
-        if (element.nodes[slot] <= 0) continue;
+        if (!UsesSlot(element, slot)) continue;
         if (used == kind.slots || kind.slot[used] != slot) return false;
         ++used;
     }
@@ -56,7 +58,7 @@ ElementKind KindOf(std::size_t e) {
     kind.material = IndexOf(element.material);
     kind.points = PointCount(e);
     for (std::size_t slot = 0; slot < slotCount; ++slot) {
-        if (element.nodes[slot] > 0) kind.slot[kind.slots++] = static_cast<std::uint8_t>(slot);
+        if (UsesSlot(element, slot)) kind.slot[kind.slots++] = static_cast<std::uint8_t>(slot);
     }
     RuleTable rule;
     GetIntegrationRule(rule, kind.points);
@@ -74,7 +76,7 @@ ElementKind KindOf(std::size_t e) {
     std::size_t last = 0;
     for (std::size_t e = 0; e < Elements(); ++e) {
         kindOfElement[e] = -1;
-        if (!HasPoints(e)) continue;
+        if (PointCount(e) == 0) continue;
         const auto isKind = [e](const ElementKind& kind) { return IsOfKind(kind, e); };
         if (last >= b.kinds.size() || !isKind(b.kinds[last])) {
             last = static_cast<std::size_t>(std::ranges::find_if(b.kinds, isKind) - b.kinds.begin());
@@ -92,22 +94,27 @@ ElementKind KindOf(std::size_t e) {
     std::size_t shapes = 0;
     std::size_t entries = 0;
     std::size_t loads = 0;
+    std::size_t points = 0;
     for (ElementKind& kind : b.kinds) {
         kind.batchCount = (kind.batchCount + laneCount - 1) / laneCount;
         kind.firstBatch = batches;
         kind.firstShape = shapes;
         kind.firstEntry = entries;
         kind.firstLoad = loads;
+        kind.firstPoint = points;
         batches += kind.batchCount;
         shapes += kind.batchCount * kind.ShapesPerBatch();
         entries += kind.batchCount * kind.EntriesPerBatch();
         loads += kind.batchCount * kind.LoadsPerBatch();
+        points += kind.batchCount * kind.PointsPerBatch();
     }
+    b.pointPlaces = points;
     if (entries > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) return ShowOutOfMemory();
+    const bool isTransient = model.analysisType == transient;
     return MakeTable(b.element, batches * laneCount) && MakeTable(b.laneInUse, batches) &&
            MakeTable(b.kindOfBatch, batches) && MakeTable(b.nodes, loads) && MakeTable(b.shapes, shapes) &&
-           MakeTable(b.entries, entries) && MakeTable(b.loads, model.analysisType == transient ? loads : 0) &&
-           MakeTable(b.placeOfElement, Elements());
+           MakeTable(b.entries, entries) && MakeTable(b.loads, isTransient ? loads : 0) &&
+           MakeTable(b.oldWater, isTransient ? points : 0) && MakeTable(b.placeOfElement, Elements());
 }
 
 // Puts every element into the next free lane of its kind.
@@ -197,14 +204,15 @@ KindShapes ShapesOf(const ElementKind& kind, const ElementRec& element) {
 
 constexpr std::size_t batchesPerTask = 8;
 
-// Runs work(kind, first, end) over all batches, those of different kinds apart, and stops early when Stop was pressed.
+// Runs work(kind, first, end) over all batches of active elements, those of different kinds apart, and stops early when
+// Stop was pressed.
 template <class Work>
 void OverBatches(const ElementBatches& b, const Work& work) {
     RunChunks(b.kindOfBatch.size(), batchesPerTask, [&](std::size_t first, std::size_t end) {
         while (first < end && IsRunning()) {
             const ElementKind& kind = b.kinds[b.kindOfBatch[first]];
             const std::size_t last = std::min(end, kind.firstBatch + kind.batchCount);
-            work(kind, first, last);
+            if (kind.slots > 0) work(kind, first, last);
             first = last;
         }
     });
@@ -231,13 +239,10 @@ void FillAllBatches(ElementBatches& b) {
         ElementBatches::Functions& f = b.functions[m];
         const MaterialRec& material = model.materials[m];
         if (const std::int32_t k = material.conductivityFunction; k > 0) {
-            if (!MakeLaneFunction(model.kFunctions[IndexOf(k)].points, f.conductivityX, f.conductivityIntervals,
-                                  f.conductivity)) {
-                return 0;
-            }
+            if (!MakeLaneFunction(model.kFunctions[IndexOf(k)].points, f.conductivityTables, f.conductivity)) return 0;
         }
         if (const std::int32_t s = material.waterContentFunction; s > 0) {
-            if (!MakeLaneFunction(model.sFunctions[IndexOf(s)].points, f.waterX, f.waterIntervals, f.water)) return 0;
+            if (!MakeLaneFunction(model.sFunctions[IndexOf(s)].points, f.waterTables, f.water)) return 0;
         }
     }
     return 1;
@@ -245,13 +250,16 @@ void FillAllBatches(ElementBatches& b) {
 
 }  // namespace
 
-int BuildElementBatches() {
+int SortElementsIntoBatches() {
     model.batches = ElementBatches();
     ElementBatches& b = model.batches;
     std::vector<std::int32_t> kindOfElement;
-    if (!MakeFunctions(b) || !SortIntoKinds(b, kindOfElement) || !MakeBatchTables(b)) return 0;
-    if (!FillLanes(b, kindOfElement)) return 0;
-    FillAllBatches(b);
+    return SortIntoKinds(b, kindOfElement) && MakeBatchTables(b) && FillLanes(b, kindOfElement);
+}
+
+int FillElementBatches() {
+    if (!MakeFunctions(model.batches)) return 0;
+    FillAllBatches(model.batches);
     return IsRunning();
 }
 
@@ -273,6 +281,7 @@ LaneSettings SettingsOf(const ElementBatches& b, const ElementKind& kind) {
     return {model.analysisType == transient,
             InitialConductivityHolds(),
             runState.PhaseChangeMode == phaseEstablished,
+            runState.currentStep != b.inputs.step,
             StepIncrement(runState.currentStep),
             model.freezingPoint,
             model.latentHeat,
@@ -287,22 +296,21 @@ LaneSettings SettingsOf(const ElementBatches& b, const ElementKind& kind) {
 LaneTables TablesOfModel() {
     static_assert(sizeof(NodeState) % sizeof(float) == 0 && offsetof(NodeState, temperature) == 0 &&
                   offsetof(NodeState, previous) == sizeof(float));
-    return {&model.nodeStates[0].temperature, sizeof(NodeState) / sizeof(float), model.PointResults.data(),
-            model.SlopeFloor.data(), model.PhaseState.data()};
+    return {&model.nodeStates[0].temperature, sizeof(NodeState) / sizeof(float)};
 }
 
-LaneBatch BatchAt(const ElementBatches& b, const ElementKind& kind, std::size_t batch) {
+LaneBatch BatchAt(ElementBatches& b, const ElementKind& kind, std::size_t batch) {
     const std::size_t inKind = BatchInKind(kind, batch);
-    LaneBatch lanes{};
-    lanes.slots = kind.slots;
-    lanes.points = kind.points;
-    lanes.N = reinterpret_cast<const float(*)[8]>(kind.N.data());
-    lanes.nodes = b.nodes.data() + kind.firstLoad + inKind * kind.LoadsPerBatch();
-    lanes.shapes = b.shapes.data() + kind.firstShape + inKind * kind.ShapesPerBatch();
-    for (std::size_t lane = 0; lane < laneCount; ++lane) {
-        lanes.firstPoint[lane] = model.PointResultOffset[static_cast<std::size_t>(b.element[batch * laneCount + lane])];
-    }
-    return lanes;
+    const std::size_t firstPoint = kind.firstPoint + inKind * kind.PointsPerBatch();
+    return {kind.slots,
+            kind.points,
+            reinterpret_cast<const float(*)[8]>(kind.N.data()),
+            b.nodes.data() + kind.firstLoad + inKind * kind.LoadsPerBatch(),
+            b.shapes.data() + kind.firstShape + inKind * kind.ShapesPerBatch(),
+            model.PointResults.data() + 5 * firstPoint,
+            model.SlopeFloor.data() + firstPoint,
+            model.PhaseState.data() + firstPoint,
+            b.oldWater.data() + firstPoint};
 }
 
 ElementBatches::Inputs PresentInputs() {
@@ -369,14 +377,15 @@ void CopyDerivatives(std::size_t e, std::size_t point, SlotGradients& B) {
 namespace {
 
 // The crossings of one batch, lane by lane.
-void CollectCrossings(const ElementBatches& b, const ElementKind& kind, std::size_t batch, const LaneBatch& lanes,
-                      const float* now, const std::uint16_t* crossed, std::vector<PointCrossing>& found) {
+void CollectCrossings(const ElementBatches& b, const ElementKind& kind, std::size_t batch, const float* now,
+                      const std::uint16_t* crossed, std::vector<PointCrossing>& found) {
     for (std::size_t lane = 0; lane < b.laneInUse[batch]; ++lane) {
         for (std::size_t point = 0; point < kind.points; ++point) {
             const unsigned bits = static_cast<unsigned>(crossed[point]) >> lane;
             if ((bits & 0x101U) == 0) continue;
-            found.push_back({lanes.firstPoint[lane] + static_cast<std::int64_t>(point), now[point * laneCount + lane],
-                             (bits & 1U) != 0});
+            const auto e = static_cast<std::size_t>(b.element[batch * laneCount + lane]);
+            found.push_back({static_cast<std::size_t>(model.PointResultOffset[e]) + point, PointPlace(e, point),
+                             now[point * laneCount + lane], (bits & 1U) != 0});
         }
     }
 }
@@ -384,7 +393,7 @@ void CollectCrossings(const ElementBatches& b, const ElementKind& kind, std::siz
 }  // namespace
 
 int FindPointCrossings(std::vector<PointCrossing>& crossings) {
-    const ElementBatches& b = model.batches;
+    ElementBatches& b = model.batches;
     const LaneTables tables = TablesOfModel();
     const BatchKernels& kernels = ChosenBatchKernels();
     crossings.clear();
@@ -398,7 +407,7 @@ int FindPointCrossings(std::vector<PointCrossing>& crossings) {
             for (std::size_t batch = first; batch < end; ++batch) {
                 const LaneBatch lanes = BatchAt(b, kind, batch);
                 kernels.cross(tables, lanes, model.freezingPoint, now.data(), crossed.data());
-                CollectCrossings(b, kind, batch, lanes, now.data(), crossed.data(), found);
+                CollectCrossings(b, kind, batch, now.data(), crossed.data(), found);
             }
             const std::scoped_lock held(lock);
             crossings.insert(crossings.end(), found.begin(), found.end());

@@ -12,9 +12,13 @@
 
 namespace kaldra {
 
-// Makes model.batches from the elements. An element that cannot be integrated is noted for the first assembly. Gives 1;
-// 0 after message 1138, or without one when Stop was pressed.
-[[nodiscard]] int BuildElementBatches();
+// Makes model.batches and gives every active element its place in them; the geometry is still empty. Gives 1, or 0
+// after message 1138.
+[[nodiscard]] int SortElementsIntoBatches();
+
+// Computes the geometry of all batches and takes over the functions. An element that cannot be integrated is noted for
+// the first assembly. Gives 1; 0 after message 1138, or without one when Stop was pressed.
+[[nodiscard]] int FillElementBatches();
 
 // Shows what is wrong with the first faulty element: the box of a zero or negative area (1194 ordinary, 1196 infinite)
 // or message 1156. Gives 1 when there is none.
@@ -30,7 +34,8 @@ void CopyDerivatives(std::size_t e, std::size_t point, SlotGradients& B);
 
 // A point that has crossed the freezing point in this step.
 struct PointCrossing {
-    std::int64_t pointIndex;
+    std::size_t pointIndex;  // counted through the elements
+    std::size_t place;       // PointPlace
     float temperature;
     bool thaws;
 };

@@ -82,8 +82,8 @@ static float WaterSlope(std::span<const FunctionPoint> f, float present, float o
 }
 
 // A point takes no latent heat until the phase-change control has switched it on or opened all points.
-static bool TakesLatentHeat(std::size_t pointIndex) {
-    return model.PhaseState[pointIndex] != 0 || runState.PhaseChangeMode == phaseEstablished;
+static bool TakesLatentHeat(std::size_t place) {
+    return model.PhaseState[place] != 0 || runState.PhaseChangeMode == phaseEstablished;
 }
 
 int CapacityAtPoint(float& capacity, const SlotValues& N, std::size_t e, std::size_t point) {
@@ -95,13 +95,13 @@ int CapacityAtPoint(float& capacity, const SlotValues& N, std::size_t e, std::si
     const float old = Narrow(DotAtPoint(N, SlotTemperatures(element, &NodeState::previous)));
     const float presentPart = UnfrozenFraction(f, present);
 
-    const std::size_t pointIndex = static_cast<std::size_t>(model.PointResultOffset[e]) + point;
+    const std::size_t place = PointPlace(e, point);
     float slope = 0;
-    if (present != old && TakesLatentHeat(pointIndex)) {
+    if (present != old && TakesLatentHeat(place)) {
         slope = WaterSlope(f, present, old, presentPart, UnfrozenFraction(f, old));
     }
     // Within a step the slope used at a point can only grow.
-    float& floor = model.SlopeFloor[pointIndex];
+    float& floor = model.SlopeFloor[place];
     if (slope > floor) floor = slope;
     slope = floor;
 

@@ -21,7 +21,7 @@ namespace {
 // A point that has crossed the freezing point in this step and is not switched yet.
 struct Candidate {
     float temperature;
-    std::size_t pointIndex;
+    std::size_t place;
 };
 
 struct Candidates {
@@ -34,10 +34,9 @@ struct Candidates {
     std::vector<PointCrossing> crossings;
     if (!FindPointCrossings(crossings)) return 0;
     for (const PointCrossing& crossing : crossings) {
-        const auto pointIndex = static_cast<std::size_t>(crossing.pointIndex);
-        if (model.PhaseState[pointIndex] != 0) continue;
-        if (!AppendRecord(crossing.thaws ? found.thawing : found.freezing, {crossing.temperature, pointIndex}))
-            return 0;
+        if (model.PhaseState[crossing.place] != 0) continue;
+        std::vector<Candidate>& list = crossing.thaws ? found.thawing : found.freezing;
+        if (!AppendRecord(list, {crossing.temperature, crossing.place})) return 0;
     }
     return 1;
 }
@@ -60,7 +59,7 @@ std::size_t SwitchOn(std::vector<Candidate>& list, unsigned char state, Before b
     const auto most = static_cast<std::size_t>(std::max(model.maxPhasePoints, 0));
     const std::size_t count = std::min(list.size(), most);
     SelectFirst(list, count, before);
-    for (std::size_t i = 0; i < count; ++i) model.PhaseState[list[i].pointIndex] = state;
+    for (std::size_t i = 0; i < count; ++i) model.PhaseState[list[i].place] = state;
     return count;
 }
 

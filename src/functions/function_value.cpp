@@ -1,6 +1,8 @@
 #include "functions/function_value.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 
 #include "platform/memory.h"
 #include "platform/narrow.h"
@@ -83,15 +85,29 @@ static LaneInterval IntervalBetween(const FunctionPoint& a, const FunctionPoint&
             static_cast<double>(b.slope)};
 }
 
-int MakeLaneFunction(std::span<const FunctionPoint> points, std::vector<float>& x, std::vector<LaneInterval>& intervals,
-                     LaneFunction& function) {
+// The intervals once more, each member in a row of its own.
+static void FillColumns(const std::vector<LaneInterval>& intervals, std::vector<double>& columns) {
+    for (std::size_t i = 0; i < intervals.size(); ++i) {
+        const auto members = std::bit_cast<std::array<double, intervalColumns>>(intervals[i]);
+        for (std::size_t member = 0; member < members.size(); ++member) {
+            columns[member * fewIntervals + i] = members[member];
+        }
+    }
+}
+
+int MakeLaneFunction(std::span<const FunctionPoint> points, LaneFunctionTables& tables, LaneFunction& function) {
     const std::size_t count = points.size() < 2 ? 0 : points.size() - 1;
+    auto& [x, intervals, columns] = tables;
     if (!MakeTable(x, points.size()) || !MakeTable(intervals, count)) return 0;
     for (std::size_t i = 0; i < points.size(); ++i) x[i] = points[i].x;
+    const bool isShort = count > 0 && count <= fewIntervals && std::ranges::is_sorted(x);
+    if (!MakeTable(columns, isShort ? intervalColumns * fewIntervals : 0)) return 0;
     for (std::size_t i = 0; i < count; ++i) intervals[i] = IntervalBetween(points[i], points[i + 1]);
     function.intervals = count;
     function.x = x.data();
     function.interval = intervals.data();
+    if (isShort) FillColumns(intervals, columns);
+    function.columns = isShort ? columns.data() : nullptr;
     function.constant = count == 0 || (count == 1 && points[0].y == points[1].y);
     function.value = points.empty() ? 0 : static_cast<double>(points[0].y);
     return 1;

@@ -17,9 +17,8 @@ namespace kaldra {
 // dy/dx at x; outside the range the slope at that end, though the value there stands still.
 [[nodiscard]] double EvaluateFunctionSlope(std::span<const FunctionPoint> points, float x);
 
-// Fills in what the kernels read of a function: x takes its points, intervals their intervals. Both vectors must
-// outlive the result. Gives 1, or 0 after message 1138.
-[[nodiscard]] int MakeLaneFunction(std::span<const FunctionPoint> points, std::vector<float>& x,
-                                   std::vector<LaneInterval>& intervals, LaneFunction& function);
+// Fills in what the kernels read of a function, from tables that must outlive it. Gives 1, or 0 after message 1138.
+[[nodiscard]] int MakeLaneFunction(std::span<const FunctionPoint> points, LaneFunctionTables& tables,
+                                   LaneFunction& function);
 
 }  // namespace kaldra

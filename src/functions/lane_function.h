@@ -16,11 +16,16 @@ struct LaneInterval {
     double ya, ma, yb, mb;       // values and slopes at the ends
 };
 
+// A function of so few intervals has them as columns, too.
+inline constexpr std::size_t fewIntervals = 16;
+inline constexpr std::size_t intervalColumns = sizeof(LaneInterval) / sizeof(double);
+
 struct LaneFunction {
     std::size_t intervals = 0;
     const float* x = nullptr;  // intervals + 1 points
     const LaneInterval* interval = nullptr;
-    bool constant = true;  // it is `value` everywhere
+    const double* columns = nullptr;  // [member of LaneInterval][fewIntervals]; none for more intervals
+    bool constant = true;             // it is `value` everywhere
     double value = 0;
 };
 

@@ -17,12 +17,29 @@ std::size_t PointCount(std::size_t e) {
     return static_cast<std::size_t>(std::max(model.elements[e].integrationPoints, 0));
 }
 
+// Where the points of an element's batch begin, and how many the batch has.
+struct BatchPoints {
+    std::size_t first, count, lane;
+};
+
+static BatchPoints BatchPointsOf(std::size_t e) {
+    const auto place = static_cast<std::size_t>(model.batches.placeOfElement[e]);
+    const std::size_t batch = place / laneCount;
+    const ElementKind& kind = model.batches.kinds[model.batches.kindOfBatch[batch]];
+    const std::size_t count = kind.PointsPerBatch();
+    return {kind.firstPoint + (batch - kind.firstBatch) * count, count, place % laneCount};
+}
+
+std::size_t PointPlace(std::size_t e, std::size_t point) {
+    const BatchPoints points = BatchPointsOf(e);
+    return points.first + point * laneCount + points.lane;
+}
+
 PointRuns PointResultsOf(std::size_t e) {
-    const std::size_t p = PointCount(e);
-    const auto block =
-        std::span(model.PointResults).subspan(5 * static_cast<std::size_t>(model.PointResultOffset[e]), 5 * p);
-    return {block.subspan(0, p), block.subspan(p, p), block.subspan(2 * p, p), block.subspan(3 * p, p),
-            block.subspan(4 * p, p)};
+    const BatchPoints points = BatchPointsOf(e);
+    float* const first = model.PointResults.data() + 5 * points.first + points.lane;
+    const auto run = [&](std::size_t number) { return PointRun(first + number * points.count); };
+    return {run(0), run(1), run(2), run(3), run(4)};
 }
 
 bool IsNullElement(const ElementRec& element) {

@@ -202,13 +202,13 @@ struct ProblemModel {
 
     // Working tables of a run.
     std::vector<std::int32_t> PointResultOffset;  // per element: points of the elements before it
-    std::vector<float> PointResults;              // five runs per element, see PointRuns
+    std::vector<float> PointResults;              // five runs per batch, see PointRuns
     std::vector<float> SolutionVector;            // per node: right-hand side, solution, then nodal flow
     std::vector<std::int32_t> EquationCode;       // per node
     std::vector<std::int64_t> SkylineColumnPtr;   // per node: position of the diagonal
     LargeTable<double> SkylineStore;
-    std::vector<float> SlopeFloor;         // per point: largest slope of the water content in this step
-    std::vector<std::uint8_t> PhaseState;  // per point: 0 not switched, 1 thawing, 2 freezing
+    std::vector<float> SlopeFloor;         // per PointPlace: largest slope of the water content in this step
+    std::vector<std::uint8_t> PhaseState;  // per PointPlace: 0 not switched, 1 thawing, 2 freezing
     std::uint64_t temperatureVersion = 0;  // changes whenever a temperature on which point values rest has changed
     std::uint64_t switchedVersion = 0;     // changes whenever PhaseState has changed within a step
     ElementBatches batches;
@@ -221,20 +221,33 @@ struct ProblemModel {
 
 extern ProblemModel model;
 
-// The recorded values of one element's points. With o = PointResultOffset and p points the block of PointResults is
-//
-//     5o            5o + p        5o + 2p        5o + 3p      5o + 4p        5o + 5p
-//     | conductivity | temperature | waterContent | waterSlope | heatCapacity |
-struct PointRuns {
-    std::span<float> conductivity;
-    std::span<float> temperature;
-    std::span<float> waterContent;  // unfrozen, as a part of the volume
-    std::span<float> waterSlope;    // its slope against temperature
-    std::span<float> heatCapacity;  // volumetric, with the latent term
-};
-
 // Number of integration points of element index e; a count below 1 is an element without points.
 [[nodiscard]] std::size_t PointCount(std::size_t e);
+
+// Where a point of an element stands in the tables per point, whose order is that of the batches with the lane
+// running fastest: [batch][point][lane].
+[[nodiscard]] std::size_t PointPlace(std::size_t e, std::size_t point);
+
+// One recorded value at the points of an element, in its lane.
+class PointRun {
+public:
+    explicit PointRun(float* first) : first_(first) {}
+    float& operator[](std::size_t point) const { return first_[point * laneCount]; }
+
+private:
+    float* first_;
+};
+
+// The recorded values of an element's points. The block of a batch with p points begins at five times its place:
+//
+//     | conductivity | temperature | waterContent | waterSlope | heatCapacity |    each p laneCount values long
+struct PointRuns {
+    PointRun conductivity;
+    PointRun temperature;
+    PointRun waterContent;  // unfrozen, as a part of the volume
+    PointRun waterSlope;    // its slope against temperature
+    PointRun heatCapacity;  // volumetric, with the latent term
+};
 
 [[nodiscard]] PointRuns PointResultsOf(std::size_t e);
 

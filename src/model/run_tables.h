@@ -16,7 +16,8 @@ namespace kaldra {
 inline constexpr std::size_t laneCount = 8;
 
 // Elements that agree in the node slots in use, the number of integration points and the material. They stand in
-// batches of eight; the lanes left over in the last batch repeat its last element.
+// batches of eight; the lanes left over in the last batch repeat its last element. NULL elements use no slot: they have
+// a place for what is recorded at their points, and nothing is computed there.
 struct ElementKind {
     std::size_t material = 0;                 // index
     std::size_t slots = 0;                    // node slots in use
@@ -28,18 +29,28 @@ struct ElementKind {
     std::size_t firstShape = 0;  // of its first batch in `shapes`
     std::size_t firstEntry = 0;  // in `entries`
     std::size_t firstLoad = 0;   // in `nodes` and `loads`
+    std::size_t firstPoint = 0;  // in the tables per integration point
 
     [[nodiscard]] std::size_t ShapesPerBatch() const { return points * (2 * slots + 2) * laneCount; }
     [[nodiscard]] std::size_t EntriesPerBatch() const { return slots * slots * laneCount; }
     [[nodiscard]] std::size_t LoadsPerBatch() const { return slots * laneCount; }
+    [[nodiscard]] std::size_t PointsPerBatch() const { return points * laneCount; }
 };
 
-// The active elements. What belongs to a batch is laid out with the lane running fastest:
+// What a LaneFunction points to.
+struct LaneFunctionTables {
+    std::vector<float> x;
+    std::vector<LaneInterval> intervals;
+    std::vector<double> columns;
+};
+
+// The elements with points. What belongs to a batch is laid out with the lane running fastest:
 //
 //     nodes    [slot][lane]                 index of the node
 //     shapes   [point][B1.. B2.. w, A][lane] global derivatives by x and by y of every slot, then d wr ws and the depth
 //     entries  [row slot][column slot][lane] element matrix of the system
 //     loads    [slot][lane]                 Cap T old
+//     oldWater [point][lane]                unfrozen part of the water when the step began, 0 to 1
 struct ElementBatches {
     std::vector<ElementKind> kinds;
     std::vector<std::int32_t> element;    // per batch and lane: index of the element
@@ -49,13 +60,14 @@ struct ElementBatches {
     std::vector<float> shapes;
     std::vector<float> entries;
     std::vector<float> loads;
+    std::vector<float> oldWater;
     std::vector<std::int64_t> placeOfElement;  // per element: batch * laneCount + lane; -1 for one without points
+    std::size_t pointPlaces = 0;               // integration points of all batches and lanes
 
-    // Per material: its functions. The vectors hold what the others point to.
+    // Per material: its functions.
     struct Functions {
         LaneFunction conductivity, water;
-        std::vector<float> conductivityX, waterX;
-        std::vector<LaneInterval> conductivityIntervals, waterIntervals;
+        LaneFunctionTables conductivityTables, waterTables;
     };
     std::vector<Functions> functions;
 

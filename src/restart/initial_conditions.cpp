@@ -100,8 +100,8 @@ int BadLine(const InitialFile& in) { return ShowErrorWithText(in.badLine, in.lin
 [[nodiscard]] int ReadConductivities(InitialFile& in) {
     if (!SkipHeader(in, true)) return 0;
     for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
-        for (float& conductivity : PointResultsOf(e).conductivity) {
-            if (!ReadConductivityRow(in, e, conductivity)) return 0;
+        for (std::size_t point = 0; point < PointCount(e); ++point) {
+            if (!ReadConductivityRow(in, e, PointResultsOf(e).conductivity[point])) return 0;
         }
     }
     return CheckEnd(in, model.elementCount);

@@ -3,6 +3,7 @@
 #include <system_error>
 #include <thread>
 
+#include "element/element_batches.h"
 #include "model/boundary_range.h"
 #include "model/data_file.h"
 #include "model/function_setup.h"
@@ -52,7 +53,7 @@ void BuildPointResultOffsets() {
 int MakePointTables() {
     if (!MakeTable(model.PointResultOffset, static_cast<std::size_t>(model.elementCount))) return 0;
     BuildPointResultOffsets();
-    return MakeTable(model.PointResults, static_cast<std::size_t>(model.pointTotal) * 5) &&
+    return SortElementsIntoBatches() && MakeTable(model.PointResults, 5 * model.batches.pointPlaces) &&
            MakeTable(model.SolutionVector, static_cast<std::size_t>(model.nodeCount));
 }
 

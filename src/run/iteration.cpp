@@ -16,9 +16,9 @@
 namespace kaldra {
 
 int PrepareTables() {
-    const auto points = static_cast<std::size_t>(model.pointTotal);
+    const std::size_t points = model.batches.pointPlaces;
     if (!MakeTable(model.SlopeFloor, points) || !MakeTable(model.PhaseState, points)) return 0;
-    if (!BuildElementBatches() || !BuildSystemMatrix() || !PrepareSolution()) return 0;
+    if (!FillElementBatches() || !BuildSystemMatrix() || !PrepareSolution()) return 0;
     if (!IsRunning()) return 0;
     if (!BuildFluxCrossings()) return 0;
     if (model.problemView == viewPlan && !ComputeNodalAreas()) return 0;

@@ -143,7 +143,7 @@ TEST_F(BoundaryConditions, FlowsBelongToBoundaryNodes) {
     ASSERT_TRUE(PrepareAll(column));
     model.nodeStates.assign(7, {});
     model.nodeStates[2].temperature = 1;
-    model.PointResults.assign(20, 2);
+    std::ranges::fill(model.PointResults, 2.0F);
     ASSERT_EQ(ComputeNodalFlows(), 1);
     EXPECT_THAT(model.SolutionVector, ElementsAre(-1, 0, 0, 0, -1, 0, 0));
     model.nodes[2].bcValue = 1e-20F;

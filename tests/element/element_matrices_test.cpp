@@ -207,7 +207,7 @@ TEST_F(ElementMatrices, CapacityTakesLatentHeatWhereThePhaseControlAllows) {
     model.sFunctions[0].points = {{-2, 0, 0.5F}, {0, 1, 0.5F}};
     model.PhaseState[0] = 2;
     EXPECT_FLOAT_EQ(capacity(-1, 1, phaseSearching), 10);
-    for (float& c : PointResultsOf(0).heatCapacity) c = 4;
+    for (std::size_t point = 0; point < PointCount(0); ++point) PointResultsOf(0).heatCapacity[point] = 4;
     ASSERT_EQ(Compute(PointValues::Recorded), 1);
     EXPECT_FLOAT_EQ(Cap[0], 2);
     model.materials[0].waterContentFunction = 0;

@@ -29,8 +29,6 @@ protected:
                 e == 10 ? 2 : 1);
         }
         ASSERT_TRUE(Prepare(problem));
-        model.SlopeFloor.assign(11, 0);
-        model.PhaseState.assign(11, 0);
         ASSERT_EQ(CreateConvergenceFile(), 1);
         runState.currentStep = 1;
         runState.running = 1;
@@ -38,7 +36,12 @@ protected:
     static void SetPoint(std::size_t e, float previous, float temperature) {
         for (std::size_t i = 0; i < 3; ++i) model.nodeStates[3 * e + i] = {temperature, previous, 0};
     }
-    static std::vector<int> States() { return {model.PhaseState.begin(), model.PhaseState.end()}; }
+    static int State(std::size_t e) { return model.PhaseState[PointPlace(e, 0)]; }
+    static std::vector<int> States() {
+        std::vector<int> states;
+        for (std::size_t e = 0; e < 11; ++e) states.push_back(State(e));
+        return states;
+    }
 };
 
 // The warmest go first; a call that finds nothing establishes the region, once.
@@ -82,13 +85,13 @@ TEST_F(PhaseChange, ACrossingLeavesTheFreezingPointOnBothSides) {
                                           {-1, 0, 0}, {1, 0, 0},  {2, 1, 0}, {-2, -1, 0}};
     for (std::size_t e = 0; e < crossings.size(); ++e) SetPoint(e, crossings[e].previous, crossings[e].temperature);
     EXPECT_EQ(ControlPhaseChange(), 1);
-    for (std::size_t e = 0; e < crossings.size(); ++e) EXPECT_EQ(model.PhaseState[e], crossings[e].state) << e;
+    for (std::size_t e = 0; e < crossings.size(); ++e) EXPECT_EQ(State(e), crossings[e].state) << e;
     EXPECT_EQ(runState.PhaseChangeMode, phaseSearching);
 
     // A point that went back keeps its state, and a switched one is no candidate for the other direction.
     SetPoint(0, 1, -1);
     EXPECT_EQ(ControlPhaseChange(), 1);
-    EXPECT_EQ(model.PhaseState[0], 1);
+    EXPECT_EQ(State(0), 1);
     EXPECT_EQ(runState.PhaseChangeMode, phaseEstablished);
 }
 
@@ -99,7 +102,7 @@ TEST_F(PhaseChange, NoPointsAtATimeEstablishAtOnce) {
         SetPoint(0, -1, 1);
         EXPECT_EQ(ControlPhaseChange(), 1);
         EXPECT_EQ(runState.PhaseChangeMode, phaseEstablished);
-        EXPECT_EQ(model.PhaseState[0], 0);
+        EXPECT_EQ(State(0), 0);
     }
 }
 

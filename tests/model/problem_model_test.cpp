@@ -31,22 +31,6 @@ TEST_F(ModelTest, AnEmptyModelAnswersWithOneZeroRecord) {
     EXPECT_TRUE(model.nodes.size() == 1 && model.elements.empty() && model.PhaseState.empty());  // no table after it
 }
 
-TEST_F(ModelTest, PointResultsAreFiveRunsPerElement) {
-    model.elements = {{1, {}, 1, 4, 0, 0}, {1, {}, 1, -1, 0, 0}, {1, {}, 1, 2, 0, 0}};
-    model.PointResultOffset = {0, 4, 4};
-    model.PointResults.clear();
-    for (float i = 0; i < 30; ++i) model.PointResults.push_back(i);
-    const PointRuns runs = PointResultsOf(2);
-    for (const auto& [run, first] : {std::pair{runs.conductivity, 20.0F},
-                                     {runs.temperature, 22.0F},
-                                     {runs.waterContent, 24.0F},
-                                     {runs.waterSlope, 26.0F},
-                                     {runs.heatCapacity, 28.0F}}) {
-        EXPECT_THAT(run, ElementsAre(first, first + 1));
-    }
-    EXPECT_EQ(PointResultsOf(1).heatCapacity.size(), 0U);
-}
-
 TEST_F(ModelTest, StepZeroHasNoRecord) {
     model.timeSteps = {{2, 2, 1}, {0, 2, 1}};
     model.stepCount = 2;

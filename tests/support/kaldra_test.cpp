@@ -159,13 +159,9 @@ bool KaldraTest::Prepare(const Problem& problem) {
     model.dataFileName = WriteFile("case.kdr", problem.Text());
     if (!ReadDataFile() || !SetupFunctions()) return false;
     ChooseStartStep();
-    if (!MakeTable(model.PointResultOffset, model.elements.size())) return false;
-    BuildPointResultOffsets();
-    const auto points = static_cast<std::size_t>(model.pointTotal);
     runState.running = 1;
-    return MakeTable(model.PointResults, 5 * points) && MakeTable(model.SlopeFloor, points) &&
-           MakeTable(model.PhaseState, points) && MakeTable(model.SolutionVector, model.nodes.size()) &&
-           BuildElementBatches();
+    return MakePointTables() && MakeTable(model.SlopeFloor, model.batches.pointPlaces) &&
+           MakeTable(model.PhaseState, model.batches.pointPlaces) && FillElementBatches();
 }
 
 void KaldraTest::WaitForPost() {
