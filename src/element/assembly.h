@@ -5,7 +5,7 @@
 //
 // Elements are formed in f32 and summed in f64 in SkylineStore; the right-hand side is SolutionVector. Prescribed
 // temperatures stand unscaled in the right-hand side and enter by EliminateFixedDouble. Calculation thread only.
-// All three give 1; 0 after a message of the element code, or without one when Stop was pressed.
+// All but the last give 1; 0 after a message of the element code, or without one when Stop was pressed.
 #pragma once
 
 namespace kaldra {
@@ -17,5 +17,8 @@ namespace kaldra {
 // Replaces SolutionVector by the heat that the boundary feeds into each boundary node, from the values recorded by the
 // last assembly. Every other node gets 0.
 [[nodiscard]] int ComputeNodalFlows();
+
+// Lists the elements that feed them, once per run. Gives 1, or 0 after message 1138.
+[[nodiscard]] int FindBoundaryElements();
 
 }  // namespace kaldra

@@ -63,9 +63,10 @@ struct BatchKernels {
                  float* loads);
     // Forms Cap T old alone.
     void (*load)(const LaneTables& tables, const LaneBatch& batch, float* loads);
-    // Gives per point, 16 bits each, which lanes have crossed the freezing point: bits 0 to 7 upwards, 8 to 15
-    // downwards. `now` takes the present temperatures, [point][lane].
-    void (*cross)(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now,
+    // Tells per point, 16 bits each, which lanes have crossed the freezing point: bits 0 to 7 upwards, 8 to 15
+    // downwards. `now` takes the present temperatures of points that any has crossed, [point][lane]. Gives whether
+    // there are any.
+    bool (*cross)(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now,
                   std::uint16_t* crossed);
 };
 

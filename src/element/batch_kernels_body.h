@@ -410,11 +410,12 @@ void LoadBatch(const LaneTables& tables, const LaneBatch& batch, float* loads) {
 // Crossings of the freezing point
 
 template <std::size_t M>
-void CrossBatch(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now,
+bool CrossBatch(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now,
                 std::uint16_t* crossed) {
     SlotTemperatures8 nodal;
     CollectTemperatures<M>(tables, batch, nodal);
     const Real8 freezing = All(freezingPoint);
+    bool any = false;
     for (std::size_t point = 0; point < batch.points; ++point) {
         const Real8 present = Narrow8(AtPoint<M>(batch, nodal.present, point));
         const Real8 before = Narrow8(AtPoint<M>(batch, nodal.old, point));
@@ -422,9 +423,11 @@ void CrossBatch(const LaneTables& tables, const LaneBatch& batch, float freezing
         const Mask8 freezes = (present < freezing) & (before > freezing);
         crossed[point] = 0;
         if (!Any(thaws | freezes)) continue;
+        any = true;
         StoreReal(now + point * lanes, present);
         crossed[point] = static_cast<std::uint16_t>(BitsOf(thaws) | BitsOf(freezes) << 8U);
     }
+    return any;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -455,7 +458,7 @@ void Load(const LaneTables& tables, const LaneBatch& batch, float* loads) {
     KALDRA_BY_SLOTS(LoadBatch, tables, batch, loads)
 }
 
-void Cross(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now, std::uint16_t* crossed) {
+bool Cross(const LaneTables& tables, const LaneBatch& batch, float freezingPoint, float* now, std::uint16_t* crossed) {
     KALDRA_BY_SLOTS(CrossBatch, tables, batch, freezingPoint, now, crossed)
 }
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <atomic>
 #include <limits>
-#include <mutex>
 
 #include "element/batch_kernels.h"
 #include "element/element_geometry.h"
@@ -202,7 +201,7 @@ KindShapes ShapesOf(const ElementKind& kind, const ElementRec& element) {
     return shapes;
 }
 
-constexpr std::size_t batchesPerTask = 8;
+constexpr std::size_t batchesPerTask = 4;
 
 // Runs work(kind, first, end) over all batches of active elements, those of different kinds apart, and stops early when
 // Stop was pressed.
@@ -267,8 +266,7 @@ int CheckElementBatches() {
     if (model.batches.faultyElement < 0) return 1;
     ElementMatrix K;
     ElementMatrix Cap;
-    return ComputeElementMatrices(static_cast<std::size_t>(model.batches.faultyElement), K, Cap,
-                                  PointValues::Evaluated);
+    return ComputeElementMatrices(static_cast<std::size_t>(model.batches.faultyElement), K, Cap);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -357,17 +355,34 @@ int FormElementMatrices(bool& changed) {
     return 1;
 }
 
-void CopyDerivatives(std::size_t e, std::size_t point, SlotGradients& B) {
+void CopyShape(std::size_t e, std::size_t point, PointShape& at) {
     const ElementBatches& b = model.batches;
     const auto place = static_cast<std::size_t>(b.placeOfElement[e]);
     const std::size_t batch = place / laneCount;
     const ElementKind& kind = b.kinds[b.kindOfBatch[batch]];
     const float* const shape = b.shapes.data() + kind.firstShape + BatchInKind(kind, batch) * kind.ShapesPerBatch() +
                                point * (2 * kind.slots + 2) * laneCount + place % laneCount;
-    B.fill(0);
+    at.N.fill(0);
+    at.B.fill(0);
     for (std::size_t j = 0; j < kind.slots; ++j) {
-        B[kind.slot[j]] = shape[j * laneCount];
-        B[slotCount + kind.slot[j]] = shape[(kind.slots + j) * laneCount];
+        at.N[kind.slot[j]] = kind.N[point][j];
+        at.B[kind.slot[j]] = shape[j * laneCount];
+        at.B[slotCount + kind.slot[j]] = shape[(kind.slots + j) * laneCount];
+    }
+    at.weight = shape[2 * kind.slots * laneCount];
+    at.depth = shape[(2 * kind.slots + 1) * laneCount];
+}
+
+void RecordedElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap) {
+    K.fill(0);
+    Cap.fill(0);
+    for (std::size_t i = 0; i < PointCount(e); ++i) {
+        PointShape at;
+        Conductivity D;
+        CopyShape(e, i, at);
+        StoredConductivityAtPoint(D, e, i);
+        AddConduction(K, at, D);
+        if (model.analysisType == transient) AddCapacity(Cap, at, PointResultsOf(e).heatCapacity[i]);
     }
 }
 
@@ -376,18 +391,39 @@ void CopyDerivatives(std::size_t e, std::size_t point, SlotGradients& B) {
 
 namespace {
 
-// The crossings of one batch, lane by lane.
-void CollectCrossings(const ElementBatches& b, const ElementKind& kind, std::size_t batch, const float* now,
-                      const std::uint16_t* crossed, std::vector<PointCrossing>& found) {
+// Adds the crossings of one batch, lane by lane, at points that are not switched on yet.
+void CollectCrossings(const ElementBatches& b, const ElementKind& kind, std::size_t batch, const LaneBatch& lanes,
+                      const float* now, const std::uint16_t* crossed, std::vector<PointCrossing>& found) {
     for (std::size_t lane = 0; lane < b.laneInUse[batch]; ++lane) {
+        const auto e = static_cast<std::size_t>(b.element[batch * laneCount + lane]);
         for (std::size_t point = 0; point < kind.points; ++point) {
             const unsigned bits = static_cast<unsigned>(crossed[point]) >> lane;
-            if ((bits & 0x101U) == 0) continue;
-            const auto e = static_cast<std::size_t>(b.element[batch * laneCount + lane]);
-            found.push_back({static_cast<std::size_t>(model.PointResultOffset[e]) + point, PointPlace(e, point),
-                             now[point * laneCount + lane], (bits & 1U) != 0});
+            const std::size_t inBatch = point * laneCount + lane;
+            if ((bits & 0x101U) == 0 || lanes.phase[inBatch] != 0) continue;
+            const auto pointIndex = static_cast<std::size_t>(model.PointResultOffset[e]) + point;
+            const std::size_t place = static_cast<std::size_t>(lanes.phase - model.PhaseState.data()) + inBatch;
+            found.push_back({pointIndex, place, now[inBatch], (bits & 1U) != 0});
         }
     }
+}
+
+// The crossings that one thread has found.
+struct FoundCrossings {
+    std::vector<PointCrossing> list;
+    bool fits = true;
+};
+
+[[nodiscard]] int JoinCrossings(const std::vector<FoundCrossings>& found, std::vector<PointCrossing>& crossings) {
+    crossings.clear();
+    for (const FoundCrossings& part : found) {
+        if (!part.fits) return ShowOutOfMemory();
+        const auto join = [&] { crossings.insert(crossings.end(), part.list.begin(), part.list.end()); };
+        if (!WithMemory(part.list.size() * sizeof(PointCrossing), join)) return 0;
+    }
+    if (!std::ranges::is_sorted(crossings, {}, &PointCrossing::pointIndex)) {
+        std::ranges::sort(crossings, {}, &PointCrossing::pointIndex);
+    }
+    return 1;
 }
 
 }  // namespace
@@ -396,27 +432,20 @@ int FindPointCrossings(std::vector<PointCrossing>& crossings) {
     ElementBatches& b = model.batches;
     const LaneTables tables = TablesOfModel();
     const BatchKernels& kernels = ChosenBatchKernels();
-    crossings.clear();
-    std::atomic<bool> outOfMemory{false};
-    std::mutex lock;
+    std::vector<FoundCrossings> found;
+    if (!MakeTable(found, static_cast<std::size_t>(ThreadCount()))) return 0;
     OverBatches(b, [&](const ElementKind& kind, std::size_t first, std::size_t end) {
         std::array<float, largestRule * laneCount> now;
         std::array<std::uint16_t, largestRule> crossed;
-        std::vector<PointCrossing> found;
-        const bool fits = TryMemory((end - first) * laneCount * kind.points * sizeof(PointCrossing), [&] {
-            for (std::size_t batch = first; batch < end; ++batch) {
-                const LaneBatch lanes = BatchAt(b, kind, batch);
-                kernels.cross(tables, lanes, model.freezingPoint, now.data(), crossed.data());
-                CollectCrossings(b, kind, batch, now.data(), crossed.data(), found);
-            }
-            const std::scoped_lock held(lock);
-            crossings.insert(crossings.end(), found.begin(), found.end());
-        });
-        if (!fits) outOfMemory = true;
+        FoundCrossings& own = found[ThreadNumber()];
+        for (std::size_t batch = first; batch < end; ++batch) {
+            const LaneBatch lanes = BatchAt(b, kind, batch);
+            if (!kernels.cross(tables, lanes, model.freezingPoint, now.data(), crossed.data())) continue;
+            const auto collect = [&] { CollectCrossings(b, kind, batch, lanes, now.data(), crossed.data(), own.list); };
+            own.fits = TryMemory(laneCount * kind.points * sizeof(PointCrossing), collect) && own.fits;
+        }
     });
-    if (outOfMemory) return ShowOutOfMemory();
-    std::ranges::sort(crossings, {}, &PointCrossing::pointIndex);
-    return IsRunning();
+    return JoinCrossings(found, crossings) && IsRunning();
 }
 
 }  // namespace kaldra

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "element/element_geometry.h"
+#include "element/element_matrices.h"
 
 namespace kaldra {
 
@@ -29,10 +29,13 @@ namespace kaldra {
 // when Stop was pressed.
 [[nodiscard]] int FormElementMatrices(bool& changed);
 
-// Copies the global derivatives at a point of an active element, as GlobalDerivatives gave them.
-void CopyDerivatives(std::size_t e, std::size_t point, SlotGradients& B);
+// Copies the shape at a point of an active element.
+void CopyShape(std::size_t e, std::size_t point, PointShape& at);
 
-// A point that has crossed the freezing point in this step.
+// Forms the matrices of an active element like ComputeElementMatrices, from what is recorded at its points.
+void RecordedElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap);
+
+// A point that has crossed the freezing point in this step and is not switched on.
 struct PointCrossing {
     std::size_t pointIndex;  // counted through the elements
     std::size_t place;       // PointPlace

@@ -121,8 +121,6 @@ int CapacityAtPoint(float& capacity, const SlotValues& N, std::size_t e, std::si
     return 1;
 }
 
-float StoredCapacityAtPoint(std::size_t e, std::size_t point) { return PointResultsOf(e).heatCapacity[point]; }
-
 // ---------------------------------------------------------------------------------------------------------------------
 // The matrices
 
@@ -143,34 +141,33 @@ float DepthAtPoint(const ElementRec& element, const ElementCoordinates& xy, cons
     return Narrow(radius * static_cast<double>(element.thickness));
 }
 
-static void AddConduction(ElementMatrix& K, const SlotGradients& B, const Conductivity& D, float weight, float depth) {
+void AddConduction(ElementMatrix& K, const PointShape& at, const Conductivity& D) {
     SlotGradients flux;
     std::array<float, 2 * slotCount> transposed;
     ElementMatrix atPoint;
-    MatMul(flux.data(), D.data(), B.data(), 2, 2, slotCount);
-    MatTranspose(transposed.data(), B.data(), 2, slotCount);
+    MatMul(flux.data(), D.data(), at.B.data(), 2, 2, slotCount);
+    MatTranspose(transposed.data(), at.B.data(), 2, slotCount);
     MatMul(atPoint.data(), transposed.data(), flux.data(), slotCount, 2, slotCount);
-    MatScale(atPoint.data(), weight, slotCount, slotCount);
-    MatScale(atPoint.data(), depth, slotCount, slotCount);
+    MatScale(atPoint.data(), at.weight, slotCount, slotCount);
+    MatScale(atPoint.data(), at.depth, slotCount, slotCount);
     MatAdd(K.data(), atPoint.data(), slotCount, slotCount);
 }
 
-static void AddCapacity(ElementMatrix& Cap, const SlotValues& N, float capacity, float weight, float depth) {
+void AddCapacity(ElementMatrix& Cap, const PointShape& at, float capacity) {
     ElementMatrix atPoint;
-    VecOuter(atPoint.data(), N.data(), N.data(), slotCount);
-    MatScale(atPoint.data(), weight, slotCount, slotCount);
-    MatScale(atPoint.data(), depth, slotCount, slotCount);
+    VecOuter(atPoint.data(), at.N.data(), at.N.data(), slotCount);
+    MatScale(atPoint.data(), at.weight, slotCount, slotCount);
+    MatScale(atPoint.data(), at.depth, slotCount, slotCount);
     MatScale(atPoint.data(), capacity, slotCount, slotCount);
     MatAdd(Cap.data(), atPoint.data(), slotCount, slotCount);
 }
 
-int ComputeElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap, PointValues values) {
+int ComputeElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap) {
     MatZero(K.data(), slotCount, slotCount);
     MatZero(Cap.data(), slotCount, slotCount);
     const ElementRec& element = model.elements[e];
     const std::size_t points = PointCount(e);
     if (points == 0) return 1;
-    const bool recorded = values == PointValues::Recorded;
     ElementCoordinates xy;
     RuleTable rule;
     GetElementCoordinates(e, xy);
@@ -180,21 +177,15 @@ int ComputeElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap, 
         if (!ComputePointGeometry(element, xy, rule[i], at)) {
             return IsInfinite(element) ? ShowBadArea(e, 1196, 1197) : ShowBadArea(e, 1194, 1195);
         }
-        SlotGradients B;
+        PointShape shape{at.N, {}, WeightOfPoint(rule[i], at.determinant), DepthAtPoint(element, xy, at)};
+        GlobalDerivatives(shape.B, at.inverse, at.dN);
         Conductivity D;
-        GlobalDerivatives(B, at.inverse, at.dN);
-        recorded ? StoredConductivityAtPoint(D, e, i) : ConductivityAtPoint(D, at.N, e, i);
-        const float weight = WeightOfPoint(rule[i], at.determinant);
-        const float depth = DepthAtPoint(element, xy, at);
-        AddConduction(K, B, D, weight, depth);
+        ConductivityAtPoint(D, at.N, e, i);
+        AddConduction(K, shape, D);
         if (model.analysisType != transient) continue;
         float capacity = 0;
-        if (recorded) {
-            capacity = StoredCapacityAtPoint(e, i);
-        } else if (!CapacityAtPoint(capacity, at.N, e, i)) {
-            return 0;
-        }
-        AddCapacity(Cap, at.N, capacity, weight, depth);
+        if (!CapacityAtPoint(capacity, at.N, e, i)) return 0;
+        AddCapacity(Cap, shape, capacity);
     }
     return 1;
 }

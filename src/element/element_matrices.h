@@ -20,15 +20,22 @@ namespace kaldra {
 using ElementMatrix = std::array<float, slotCount * slotCount>;
 using Conductivity = std::array<float, 4>;  // D, 2 by 2
 
-// Where the values at the points come from.
-enum class PointValues {
-    Evaluated,  // from the functions at the present temperatures, and recorded in PointResults
-    Recorded,   // from the last record
+// What the matrices take from the shape of an element at one point: 0 in the slots without a node.
+struct PointShape {
+    SlotValues N;
+    SlotGradients B;  // global derivatives: by x, then by y
+    float weight;     // d wr ws
+    float depth;
 };
 
-// Forms the matrices of the active element index e; Cap stays 0 in a steady-state run. Gives 1, or 0 after the box of a
+// Adds B' D B and N N' times the capacity, each with weight and depth.
+void AddConduction(ElementMatrix& K, const PointShape& at, const Conductivity& D);
+void AddCapacity(ElementMatrix& Cap, const PointShape& at, float capacity);
+
+// Forms the matrices of the active element index e; Cap stays 0 in a steady-state run. The values at the points come
+// from the functions at the present temperatures and are recorded in PointResults. Gives 1, or 0 after the box of a
 // zero or negative area (1194 ordinary, 1196 infinite) or message 1156.
-[[nodiscard]] int ComputeElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap, PointValues values);
+[[nodiscard]] int ComputeElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap);
 
 // B(a, j) = sum over k of inverse(a, k) dN(k, j)
 void GlobalDerivatives(SlotGradients& B, const std::array<float, 4>& inverse, const SlotGradients& dN);
@@ -44,9 +51,6 @@ void StoredConductivityAtPoint(Conductivity& D, std::size_t e, std::size_t point
 // Volumetric heat capacity of a point with its latent term, recorded with the water content and its slope. Gives 1, or
 // 0 after message 1156 for a material without water content function.
 [[nodiscard]] int CapacityAtPoint(float& capacity, const SlotValues& N, std::size_t e, std::size_t point);
-
-// Heat capacity of a point from the record.
-[[nodiscard]] float StoredCapacityAtPoint(std::size_t e, std::size_t point);
 
 // The conductivities of an earlier run hold in the first iteration of the step that starts from them.
 [[nodiscard]] bool InitialConductivityHolds();

@@ -29,12 +29,10 @@ struct Candidates {
     std::vector<Candidate> freezing;
 };
 
-// Points that are switched already are no candidates.
 [[nodiscard]] int CollectCandidates(Candidates& found) {
     std::vector<PointCrossing> crossings;
     if (!FindPointCrossings(crossings)) return 0;
     for (const PointCrossing& crossing : crossings) {
-        if (model.PhaseState[crossing.place] != 0) continue;
         std::vector<Candidate>& list = crossing.thaws ? found.thawing : found.freezing;
         if (!AppendRecord(list, {crossing.temperature, crossing.place})) return 0;
     }

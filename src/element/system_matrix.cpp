@@ -153,7 +153,7 @@ int BuildSystemMatrix() {
 void SumMatrixEntries() {
     SystemMatrix& s = model.system;
     const float* const entries = model.batches.entries.data();
-    constexpr std::size_t entriesPerTask = 16384;
+    constexpr std::size_t entriesPerTask = 1024;
     RunChunks(s.value.size(), entriesPerTask, [&](std::size_t first, std::size_t end) {
         for (std::size_t i = first; i < end; ++i) {
             double sum = 0;
@@ -169,7 +169,7 @@ void SumMatrixEntries() {
 void AddElementLoads() {
     const SystemMatrix& s = model.system;
     const float* const loads = model.batches.loads.data();
-    constexpr std::size_t nodesPerTask = 8192;
+    constexpr std::size_t nodesPerTask = 256;
     RunChunks(Nodes(), nodesPerTask, [&](std::size_t first, std::size_t end) {
         for (std::size_t n = first; n < end; ++n) {
             if (model.EquationCode[n] != equationFree) continue;

@@ -209,6 +209,7 @@ struct ProblemModel {
     LargeTable<double> SkylineStore;
     std::vector<float> SlopeFloor;         // per PointPlace: largest slope of the water content in this step
     std::vector<std::uint8_t> PhaseState;  // per PointPlace: 0 not switched, 1 thawing, 2 freezing
+    std::vector<std::int32_t> boundaryElements;  // index of each that feeds nodal flows
     std::uint64_t temperatureVersion = 0;  // changes whenever a temperature on which point values rest has changed
     std::uint64_t switchedVersion = 0;     // changes whenever PhaseState has changed within a step
     ElementBatches batches;

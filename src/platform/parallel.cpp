@@ -3,6 +3,7 @@
 #include <sched.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <mutex>
@@ -30,22 +31,40 @@ namespace {
 
 thread_local std::size_t threadNumber = 0;
 
-// One call of RunTaskList as the threads share it.
-struct TaskList {
-    void (*task)(const void*, std::size_t) = nullptr;
-    const void* context = nullptr;
-    std::size_t count = 0;
-    std::atomic<std::size_t> next{0};
+// One call as the threads share it: its tasks in one share or several. A thread begins with its own share, so that it
+// finds in its cache what it wrote in the last call, and then helps with the others.
+class TaskList {
+public:
+    TaskList(std::size_t count, std::size_t shares, Task task, const void* context)
+        : shareCount_(std::min(shares, shares_.size())), task_(task), context_(context) {
+        for (std::size_t i = 0; i < shareCount_; ++i) {
+            shares_[i].next = count * i / shareCount_;
+            shares_[i].end = count * (i + 1) / shareCount_;
+        }
+    }
 
     void Work() {
-        for (std::size_t number = next++; number < count; number = next++) task(context, number);
+        for (std::size_t i = 0; i < shareCount_; ++i) {
+            Share& share = shares_[(threadNumber + i) % shareCount_];
+            for (std::size_t number = share.next++; number < share.end; number = share.next++) task_(context_, number);
+        }
     }
+
+private:
+    struct alignas(64) Share {
+        std::atomic<std::size_t> next{0};
+        std::size_t end = 0;
+    };
+    std::array<Share, 16> shares_;
+    std::size_t shareCount_;
+    Task task_;
+    const void* context_;
 };
 
 // The helping threads. They sleep between calls, and after a call stay awake for a moment, as the next one is near.
 //
-// A helper that comes too late for a call is not waited for, since on a busy machine it may be long without a processor:
-// it enters through a gate, which the caller closes when no task is left.
+// A helper that comes too late for a call is not waited for, since on a busy machine it may be long without a
+// processor: it enters through a gate, which the caller closes when no task is left.
 class Helpers {
 public:
     ~Helpers() { SendHome(); }
@@ -90,7 +109,7 @@ private:
 
     void Help(std::uint32_t seen) {
         for (;;) {
-            constexpr int awakeRounds = 5000;
+            constexpr int awakeRounds = 20000;  // some tenths of a millisecond
             for (int round = 0; round < awakeRounds && call_.load(std::memory_order_acquire) == seen; ++round) {
 #if defined(__x86_64__)
                 __builtin_ia32_pause();
@@ -137,15 +156,12 @@ void SetThreadCount(int count) { crew.threads = count < 1 ? ProcessorCount() : c
 
 std::size_t ThreadNumber() { return threadNumber; }
 
-void RunTaskList(std::size_t count, void (*task)(const void*, std::size_t), const void* context) {
-    TaskList list;
-    list.task = task;
-    list.context = context;
-    list.count = count;
-    const int helpers = std::min(ThreadCount() - 1, static_cast<int>(std::min<std::size_t>(count, 1U << 20U)) - 1);
-    if (helpers <= 0) return list.Work();
+void RunTaskList(std::size_t count, Order order, Task task, const void* context) {
+    const auto threads = static_cast<std::size_t>(ThreadCount());
+    TaskList list(count, order == Order::Rising ? 1 : threads, task, context);
+    if (count < 2 || threads < 2) return list.Work();
     const std::scoped_lock lock(crew.lock);
-    crew.helpers.Run(list, ThreadCount() - 1);
+    crew.helpers.Run(list, static_cast<int>(threads) - 1);
 }
 
 }  // namespace kaldra

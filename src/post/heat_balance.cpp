@@ -4,8 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "element/element_geometry.h"
-#include "element/element_matrices.h"
+#include "element/element_batches.h"
 #include "functions/function_value.h"
 #include "model/file_names.h"
 #include "model/problem_model.h"
@@ -97,18 +96,10 @@ void AddScaled(Stored& sum, const Stored& change, double volume) {
 
 Stored ElementChange(std::size_t e) {
     Stored sum;
-    const ElementRec& element = model.elements[e];
-    const std::size_t points = PointCount(e);
-    ElementCoordinates xy;
-    RuleTable rule;
-    GetElementCoordinates(e, xy);
-    GetIntegrationRule(rule, points);
-    for (std::size_t i = 0; i < points; ++i) {
-        PointGeometry at;
-        (void)ComputePointGeometry(element, xy, rule[i], at);  // the assembly has looked at it
-        const auto weight = static_cast<double>(WeightOfPoint(rule[i], at.determinant));
-        const auto depth = static_cast<double>(DepthAtPoint(element, xy, at));
-        AddScaled(sum, ChangeAt(e, i, at.N), weight * depth);
+    for (std::size_t i = 0; i < PointCount(e); ++i) {
+        PointShape at;
+        CopyShape(e, i, at);
+        AddScaled(sum, ChangeAt(e, i, at.N), static_cast<double>(at.weight) * static_cast<double>(at.depth));
     }
     return sum;
 }

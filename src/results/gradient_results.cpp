@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "element/element_batches.h"
-#include "element/element_matrices.h"
 #include "element/small_matrix.h"
 #include "model/problem_model.h"
 #include "platform/memory.h"
@@ -28,15 +27,15 @@ void ComputeElement(std::size_t e, PointGradient* values) {
     const std::size_t points = PointCount(e);
     const SlotValues temperature = SlotTemperatures(element, &NodeState::temperature);
     for (std::size_t i = 0; i < points; ++i) {
-        SlotGradients B;
+        PointShape at;
         SlotGradients conducted;
         Conductivity D;
-        CopyDerivatives(e, i, B);
+        CopyShape(e, i, at);
         StoredConductivityAtPoint(D, e, i);
-        MatMul(conducted.data(), D.data(), B.data(), 2, 2, slotCount);
+        MatMul(conducted.data(), D.data(), at.B.data(), 2, 2, slotCount);
         std::array<float, 2> gradient;
         std::array<float, 2> flux;
-        MatVec(gradient.data(), B.data(), temperature.data(), 2, slotCount);
+        MatVec(gradient.data(), at.B.data(), temperature.data(), 2, slotCount);
         MatVec(flux.data(), conducted.data(), temperature.data(), 2, slotCount);
         values[i] = {-flux[0], -flux[1], -gradient[0], -gradient[1]};
     }

@@ -1,7 +1,5 @@
 #include "results/text_writer.h"
 
-#include <algorithm>
-#include <cassert>
 #include <cstring>
 #include <utility>
 #include <vector>
@@ -77,18 +75,14 @@ int WriteBuffered(File& file, std::string_view text) {
     return WriteWhole(file, text) && WriteWhole(file, lineEnd) ? 1 : FailWriting(file);
 }
 
-// Lines join the block up to the last one whose text ends before gatheredBelow.
+// Few lines join the block; many are written as they are, behind it.
 int WriteBufferedLines(File& file, std::string_view lines) {
     if (!MakeBuffers(file)) return -1;
-    while (!lines.empty()) {
-        const std::size_t room = gatheredBelow + 1 - std::min(writer.gathered, gatheredBelow + 1);
-        const std::size_t joining = lines.substr(0, room).rfind('\n') + 1;  // npos + 1 is 0: none
-        Gather(lines.substr(0, joining));
-        lines.remove_prefix(joining);
-        assert(joining > 0 || writer.gathered > 0);
-        if (!lines.empty() && !Flush(file)) return FailWriting(file);
+    if (writer.gathered + lines.size() < gatheredBelow) {
+        Gather(lines);
+        return 1;
     }
-    return 1;
+    return Flush(file) && WriteWhole(file, lines) ? 1 : FailWriting(file);
 }
 
 void DropBufferedLines() { ReleaseBuffers(); }

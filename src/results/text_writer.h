@@ -17,7 +17,7 @@ inline constexpr std::string_view lineEnd = "\r\n";
 // Takes one line. Gives 1, or -1 after message 1192 (what was gathered is lost) or 1138.
 [[nodiscard]] int WriteBuffered(File& file, std::string_view text);
 
-// Takes whole lines that carry their CR LF, each of less than 900 characters, as if they were taken one by one.
+// Takes whole lines that carry their CR LF, as if they were taken one by one.
 [[nodiscard]] int WriteBufferedLines(File& file, std::string_view lines);
 
 // Writes out what is gathered and releases the buffers. Gives 1, or -1 after message 1192 or 1138.

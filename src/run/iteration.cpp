@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "element/assembly.h"
 #include "element/boundary_conditions.h"
 #include "element/element_batches.h"
 #include "element/system_matrix.h"
@@ -20,7 +21,7 @@ int PrepareTables() {
     if (!MakeTable(model.SlopeFloor, points) || !MakeTable(model.PhaseState, points)) return 0;
     if (!FillElementBatches() || !BuildSystemMatrix() || !PrepareSolution()) return 0;
     if (!IsRunning()) return 0;
-    if (!BuildFluxCrossings()) return 0;
+    if (!FindBoundaryElements() || !BuildFluxCrossings()) return 0;
     if (model.problemView == viewPlan && !ComputeNodalAreas()) return 0;
     if (model.qBoundaryCount > 0 && !FindQBoundaryElements()) return 0;
     return 1;

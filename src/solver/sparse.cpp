@@ -349,11 +349,12 @@ void LoadRightHandSide(std::span<const float> rhs) {
 template <class InSubtree, class InTop>
 [[nodiscard]] int ChildrenFirst(const InSubtree& inSubtree, const InTop& inTop) {
     const EliminationTree& t = model.tree;
-    RunTasks(t.subtrees.size(), [&](std::size_t task) {
+    const auto eliminate = [&](std::size_t task) {
         SubtreeWorkspace& w = model.sparse.workspaces[ThreadNumber()];
         const Subtree& subtree = t.subtrees[task];
         for (std::int32_t s = subtree.begin; s < subtree.end && IsRunning(); ++s) inSubtree(s, w);
-    });
+    };
+    RunTasks(t.subtrees.size(), eliminate, Order::ByThread);
     for (const std::int32_t s : t.top) {
         if (!IsRunning()) return 0;
         inTop(s);
@@ -411,10 +412,11 @@ int SolveSparse(std::span<float> rhs) {
     const LargeTable<double>& own = model.sparse.own;
     if (!IsRunning()) return 0;
     for (std::size_t i = t.top.size(); i-- > 0;) SolveBackward(t.top[i], By::AllThreads);
-    RunTasks(t.subtrees.size(), [&](std::size_t task) {
+    const auto solve = [&](std::size_t task) {
         const Subtree& subtree = t.subtrees[task];
         for (std::int32_t s = subtree.end; s-- > subtree.begin && IsRunning();) SolveBackward(s, By::OneThread);
-    });
+    };
+    RunTasks(t.subtrees.size(), solve, Order::ByThread);
     if (!IsRunning()) return 0;
     RunChunks(own.size(), positionsPerTask, [&](std::size_t first, std::size_t end) {
         for (std::size_t i = first; i < end; ++i) {

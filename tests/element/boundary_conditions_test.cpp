@@ -25,7 +25,7 @@ protected:
         if (!Prepare(problem)) return false;
         runState.currentStep = step;
         if (model.problemView == viewPlan && !ComputeNodalAreas()) return false;
-        return FindQBoundaryElements() && PrepareBoundaryValues();
+        return FindQBoundaryElements() && FindBoundaryElements() && PrepareBoundaryValues();
     }
     static std::vector<float> Values(float NodeRec::*field) {
         std::vector<float> values;
