@@ -19,11 +19,7 @@ std::array<std::string, 5> CommonHeader() {
             FormatText("%d   %+12.4E  = Step Number, Elapsed time", step, ElapsedTime(step))};
 }
 
-RowRoom::RowRoom(std::size_t bytes) {
-    constexpr std::size_t most = 2U << 20U;
-    const std::size_t wanted = std::min(bytes, most);
-    if (wanted > small_.size()) (void)TryMemory(wanted, [&] { large_.resize(wanted); });
-}
+RowRoom rowRoom;
 
 bool RowRoom::WriteChunks(File& file) {
     for (std::string_view& chunk : chunks) {

@@ -8,7 +8,6 @@
 
 #include "model/problem_model.h"
 #include "platform/files.h"
-#include "platform/memory.h"
 #include "platform/number_text.h"
 #include "platform/parallel.h"
 #include "results/text_writer.h"
@@ -43,24 +42,24 @@ template <class WriteRows>
 
 inline char* PutLineEnd(char* out) { return out + lineEnd.copy(out, lineEnd.size()); }
 
-// Where rows are put before they are written: by all threads, each chunk at its own place.
+// Where rows are put before they are written: by all threads, each chunk at its own place. It stays for the whole
+// process, small enough for the cache: new memory for every file would cost more than its rows.
 class RowRoom {
 public:
-    static constexpr std::size_t mostChunks = 256;
+    static constexpr std::size_t mostChunks = 64;
 
-    // Room for `bytes` or as much of it as one round needs. Where memory is short a little has to do.
-    explicit RowRoom(std::size_t bytes);
-    [[nodiscard]] char* Begin() { return large_.empty() ? small_.data() : large_.data(); }
-    [[nodiscard]] std::size_t Size() const { return large_.empty() ? small_.size() : large_.size(); }
+    [[nodiscard]] std::size_t Size() const { return room_.size(); }
+    [[nodiscard]] char* Begin() { return room_.data(); }
     // Writes the lines of the chunks and empties them. Gives false after a message.
     [[nodiscard]] bool WriteChunks(File& file);
 
     std::array<std::string_view, mostChunks> chunks{};
 
 private:
-    std::array<char, 16384> small_;
-    LargeTable<char> large_;
+    std::array<char, 512U << 10U> room_;
 };
+
+extern RowRoom rowRoom;
 
 // Number of a record in a row of a result file.
 [[nodiscard]] inline std::int32_t RowNumber(std::size_t index) { return static_cast<std::int32_t>(index) + 1; }
@@ -69,17 +68,16 @@ private:
 // characters with their line ends, and gives the place behind. It is called on several threads and may only read.
 template <class PutItem>
 [[nodiscard]] bool WriteItems(File& file, std::size_t count, std::size_t longest, const PutItem& putItem) {
-    RowRoom room(count * longest);
-    constexpr std::size_t grain = 256;
-    const std::size_t fitting = std::min(room.Size() / longest, grain * RowRoom::mostChunks);
+    const std::size_t grain = rowRoom.Size() / RowRoom::mostChunks / longest;
+    const std::size_t fitting = grain * RowRoom::mostChunks;
     for (std::size_t first = 0; first < count; first += fitting) {
         RunChunks(std::min(fitting, count - first), grain, [&](std::size_t begin, std::size_t end) {
-            char* const start = room.Begin() + begin * longest;
+            char* const start = rowRoom.Begin() + begin * longest;
             char* at = start;
             for (std::size_t i = begin; i < end; ++i) at = putItem(at, first + i);
-            room.chunks[begin / grain] = {start, at};
+            rowRoom.chunks[begin / grain] = {start, at};
         });
-        if (!room.WriteChunks(file)) return false;
+        if (!rowRoom.WriteChunks(file)) return false;
     }
     return true;
 }

@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <filesystem>
+#include <future>
+#include <system_error>
 
 #include "frontend/console/console.h"
 #include "frontend/console/run_record.h"
@@ -9,6 +11,7 @@
 #include "model/time_sequence.h"
 #include "platform/files.h"
 #include "platform/parallel.h"
+#include "platform/sha256.h"
 #include "post/heat_balance.h"
 #include "post/step_exports.h"
 #include "run/front_end.h"
@@ -26,6 +29,7 @@ struct Extras {
     StepExports exports;
     HeatBalance balance;
     RunRecord record;
+    std::future<std::string> digest;  // of the data file, computed while it is read
     Clock::time_point begin;
     bool whole = true;         // of exports and balance
     bool recordIsKept = true;  // false once it could not be written
@@ -58,7 +62,17 @@ void StepDone() {
     if (extras.wanted.balance && !AddStepBalance(extras.balance)) extras.whole = false;
 }
 
+void BeginDigest(const std::string& dataFile) {
+    extras.record.dataFile.path = dataFile;
+    try {
+        extras.digest = std::async(std::launch::async, Sha256OfFile, dataFile);
+    } catch (const std::system_error&) {  // no thread can be had
+        extras.record.dataFile.sha256 = Sha256OfFile(dataFile);
+    }
+}
+
 void WriteRecord() {
+    if (extras.digest.valid()) extras.record.dataFile.sha256 = extras.digest.get();
     if (extras.recordIsKept) extras.recordIsKept = WriteRunRecord(extras.record) == 1;
 }
 
@@ -89,7 +103,7 @@ void ConnectExtras(const WantedExtras& wanted) {
 
 void NoteDocument(const std::string& dataFile) {
     RunRecord& record = extras.record;
-    record.dataFile = RecordOfFile(dataFile);
+    BeginDigest(dataFile);
     record.analysisType = model.analysisType;
     record.startStep = runState.startStep;
     record.threads = ThreadCount();
