@@ -39,12 +39,6 @@ TEST_F(ResultRows, StandInTheirOrder) {
     }
 }
 
-TEST_F(ResultRows, NeedLittleMemory) {
-    const std::string expected = Written(3000);
-    ArmFault(FaultSeam::Allocation, 1);  // the room for all chunks
-    EXPECT_TRUE(Written(3000) == expected);
-}
-
 TEST_F(ResultRows, EndAtTheFirstFailure) {
     static constexpr RowFormat format("%5d");
     File full;
