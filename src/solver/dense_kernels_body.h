@@ -12,10 +12,11 @@ namespace {
 
 constexpr std::size_t width = groupWidth;
 
-// Reduces `tileRows` rows of `Groups` blocks by `count` rows: c(r, .) -= sum over k of u(k, r) g(k, .).
+// Reduces `tileRows` rows of `Groups` blocks by `count` rows: c(r, .) -= sum over k of u(k, r) g(k, .). The rows that
+// are needed next lie `ahead` of those of u: they are fetched meanwhile, mostly from the cache of another processor.
 template <std::size_t Groups>
 inline void SubtractTile(const double* u, const double* const* g, double* const* c, std::size_t first,
-                         std::size_t count) {
+                         std::size_t count, std::ptrdiff_t ahead) {
     Vec sum[tileRows][Groups];
 #pragma GCC unroll 8
     for (std::size_t r = 0; r < tileRows; ++r) {
@@ -26,6 +27,7 @@ inline void SubtractTile(const double* u, const double* const* g, double* const*
     for (std::size_t s = 0; s < Groups; ++s) column[s] = g[s];
     u += first;
     for (std::size_t k = 0; k < count; ++k) {
+        __builtin_prefetch(u + k * width + ahead);
         Vec row[Groups];
 #pragma GCC unroll 3
         for (std::size_t s = 0; s < Groups; ++s) row[s] = Load(column[s] + k * width);
@@ -45,10 +47,11 @@ inline void SubtractTile(const double* u, const double* const* g, double* const*
 
 // The same for eight rows of one to three groups.
 template <std::size_t Groups>
-inline void SubtractRows(const double* u, const double* const* g, double* const* c, std::size_t count) {
+inline void SubtractRows(const double* u, const double* const* g, double* const* c, std::size_t count,
+                         std::ptrdiff_t ahead) {
     constexpr std::size_t together = Groups < tileGroups ? Groups : tileGroups;
     for (std::size_t first = 0; first < width; first += tileRows) {
-        for (std::size_t s = 0; s < Groups; s += together) SubtractTile<together>(u, g + s, c + s, first, count);
+        for (std::size_t s = 0; s < Groups; s += together) SubtractTile<together>(u, g + s, c + s, first, count, ahead);
     }
 }
 
@@ -105,7 +108,8 @@ void ReduceByGroups(const DenseSystem& system, std::size_t group, std::size_t fi
             g[s] = column[s].Row(from);
             c[s] = RowsAt(system, column[s], row);
         }
-        if (to > from) SubtractRows<Groups>(divided.Row(from), g, c, static_cast<std::size_t>(to - from));
+        const std::ptrdiff_t ahead = by + 1 < end ? system.groups[by + 1].rows - divided.rows : 0;
+        if (to > from) SubtractRows<Groups>(divided.Row(from), g, c, static_cast<std::size_t>(to - from), ahead);
         if (row < system.pivots) SolveSquare<Groups>(divided.Row(row), c);
     }
 }
@@ -143,7 +147,7 @@ void FinishGroup(const DenseSystem& system, std::size_t group, double* scratch) 
     }
     const double* above[1] = {g};
     double* square[1] = {RowsAt(system, column, row)};
-    if (count > 0) SubtractRows<1>(scratch, above, square, count);
+    if (count > 0) SubtractRows<1>(scratch, above, square, count, 0);
     for (std::size_t k = 0; k < count; ++k) Store(g + k * width, Load(scratch + k * width));
     if (row < system.pivots) FactorSquare(square[0], system.reciprocal + row);
     Publish(system, group);
