@@ -57,10 +57,10 @@ struct ElementBatches {
     std::vector<std::uint8_t> laneInUse;  // per batch: lanes that are no repetition
     std::vector<std::size_t> kindOfBatch;
     std::vector<std::int32_t> nodes;
-    std::vector<float> shapes;
-    std::vector<float> entries;
-    std::vector<float> loads;
-    std::vector<float> oldWater;
+    LargeTable<float> shapes;
+    LargeTable<float> entries;
+    LargeTable<float> loads;
+    LargeTable<float> oldWater;
     std::vector<std::int64_t> placeOfElement;  // per element: batch * laneCount + lane; -1 for one without points
     std::size_t pointPlaces = 0;               // integration points of all batches and lanes
 

@@ -52,7 +52,8 @@ bool MemoryAllows(std::uint64_t bytes) {
 void* TakeLargeMemory(std::size_t bytes) {
     constexpr std::size_t hugePage = 2U << 20U;
     constexpr std::size_t cacheLine = 64;
-    const std::size_t step = bytes >= hugePage ? hugePage : cacheLine;
+    constexpr std::size_t worthHugePages = 8 * hugePage;
+    const std::size_t step = bytes >= worthHugePages ? hugePage : cacheLine;
     const std::size_t rounded = (bytes + step - 1) / step * step;
     if (rounded < bytes) throw std::bad_alloc();
     void* const memory = std::aligned_alloc(step, rounded);

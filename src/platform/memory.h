@@ -14,8 +14,8 @@
 
 namespace kaldra {
 
-// Memory for LargeTable: from 2 MiB on in pages of that size where the system has them, since the first touch of small
-// pages costs more than the work in them. Throws std::bad_alloc.
+// Memory for LargeTable: from 16 MiB on in pages of 2 MiB where the system has them, which are found faster again and
+// again; less memory is not worth their longer first touch. Throws std::bad_alloc.
 [[nodiscard]] void* TakeLargeMemory(std::size_t bytes);
 void GiveLargeMemory(void* memory);
 
