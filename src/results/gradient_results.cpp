@@ -1,16 +1,12 @@
 #include "results/gradient_results.h"
 
 #include <array>
-#include <vector>
 
 #include "element/element_batches.h"
 #include "element/small_matrix.h"
 #include "model/problem_model.h"
-#include "platform/memory.h"
 #include "platform/number_text.h"
-#include "platform/parallel.h"
 #include "results/result_file.h"
-#include "run/run_state.h"
 
 namespace kaldra {
 
@@ -22,7 +18,9 @@ struct PointGradient {
     float gradientX, gradientY;
 };
 
-void ComputeElement(std::size_t e, PointGradient* values) {
+using ElementGradients = std::array<PointGradient, largestRule>;
+
+void ComputeElement(std::size_t e, ElementGradients& values) {
     const ElementRec& element = model.elements[e];
     const std::size_t points = PointCount(e);
     const SlotValues temperature = SlotTemperatures(element, &NodeState::temperature);
@@ -41,30 +39,26 @@ void ComputeElement(std::size_t e, PointGradient* values) {
     }
 }
 
-[[nodiscard]] int ComputeGradients(std::vector<PointGradient>& values) {
-    if (!MakeTable(values, static_cast<std::size_t>(model.pointTotal))) return 0;
-    constexpr std::size_t elementsPerTask = 512;
-    RunChunks(static_cast<std::size_t>(model.elementCount), elementsPerTask, [&](std::size_t first, std::size_t end) {
-        for (std::size_t e = first; e < end && IsRunning(); ++e) {
-            if (!IsNullElement(model.elements[e])) ComputeElement(e, values.data() + model.PointResultOffset[e]);
-        }
-    });
-    return IsRunning();
+constexpr RowFormat rowFormat("%5d%5d%+15.6E%+15.6E%+15.6E%+15.6E");
+
+// A NULL element has rows of zeros.
+char* PutElement(char* out, std::size_t e) {
+    ElementGradients values{};
+    if (!IsNullElement(model.elements[e])) ComputeElement(e, values);
+    for (std::size_t i = 0; i < PointCount(e); ++i) {
+        const PointGradient& v = values[i];
+        out =
+            PutLineEnd(PutRow(out, rowFormat, RowNumber(e), RowNumber(i), v.fluxX, v.fluxY, v.gradientX, v.gradientY));
+    }
+    return out;
 }
 
 }  // namespace
 
 int WriteGradientResults() {
-    std::vector<PointGradient> values;
-    if (!ComputeGradients(values)) return 0;
-    static constexpr RowFormat format("%5d%5d%+15.6E%+15.6E%+15.6E%+15.6E");
-    const auto putRow = [&](char* out, std::size_t e, std::size_t point) {
-        const PointGradient& v = values[static_cast<std::size_t>(model.PointResultOffset[e]) + point];
-        return PutRow(out, format, RowNumber(e), RowNumber(point), v.fluxX, v.fluxY, v.gradientX, v.gradientY);
-    };
     return WriteResultFile({StepFileName('g'), 1022, 1036},
                            "Elem# Pnt#  Unit Flux X    Unit Flux Y    Gradient X     Gradient Y ", 70,
-                           [&](File& file) { return WritePointRows(file, format, putRow); });
+                           [](File& file) { return WritePointRows(file, rowFormat, PutElement); });
 }
 
 }  // namespace kaldra

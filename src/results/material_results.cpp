@@ -9,16 +9,22 @@ namespace kaldra {
 static constexpr RowFormat rowFormat("%5d%5d%+15.6E%+15.6E%+15.6E%+15.6E%+15.6E");
 
 // The file's columns stand in another order than the record.
-static char* PutMaterialRow(char* out, std::size_t e, std::size_t point) {
+static char* PutElement(char* out, std::size_t e) {
+    const std::size_t points = PointCount(e);
+    if (points == 0) return out;
     const PointRuns record = PointResultsOf(e);
-    return PutRow(out, rowFormat, RowNumber(e), RowNumber(point), record.temperature[point], record.conductivity[point],
-                  record.waterSlope[point], record.waterContent[point], record.heatCapacity[point]);
+    for (std::size_t i = 0; i < points; ++i) {
+        out =
+            PutLineEnd(PutRow(out, rowFormat, RowNumber(e), RowNumber(i), record.temperature[i], record.conductivity[i],
+                              record.waterSlope[i], record.waterContent[i], record.heatCapacity[i]));
+    }
+    return out;
 }
 
 int WriteMaterialResults() {
     return WriteResultFile({StepFileName('r'), 1023, 1037},
                            "Elem# Pnt#  Temperature    Conductivity   SlopeofUnW/C   Unfrozen W/C   Heat Capacity", 85,
-                           [](File& file) { return WritePointRows(file, rowFormat, PutMaterialRow); });
+                           [](File& file) { return WritePointRows(file, rowFormat, PutElement); });
 }
 
 }  // namespace kaldra

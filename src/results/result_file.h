@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "element/shape_functions.h"
 #include "model/problem_model.h"
 #include "platform/files.h"
 #include "platform/number_text.h"
@@ -89,17 +90,12 @@ template <class PutNumbers>
                       [&](char* out, std::size_t row) { return PutLineEnd(putRow(out, row)); });
 }
 
-// Writes a row for every integration point of every element, in order: putRow(out, e, point).
-template <class PutNumbers>
-[[nodiscard]] bool WritePointRows(File& file, const RowFormat& format, const PutNumbers& putRow) {
-    constexpr std::size_t mostPoints = 9;
-    const auto putElement = [&](char* out, std::size_t e) {
-        const std::size_t points = PointCount(e);
-        for (std::size_t point = 0; point < points; ++point) out = PutLineEnd(putRow(out, e, point));
-        return out;
-    };
+// Writes the rows of every element's integration points, in order: putElement(out, e) puts those of one with their line
+// ends.
+template <class PutElement>
+[[nodiscard]] bool WritePointRows(File& file, const RowFormat& format, const PutElement& putElement) {
     return WriteItems(file, static_cast<std::size_t>(model.elementCount),
-                      mostPoints * (format.longest + lineEnd.size()), putElement);
+                      largestRule * (format.longest + lineEnd.size()), putElement);
 }
 
 }  // namespace kaldra
