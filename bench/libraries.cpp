@@ -5,9 +5,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <iostream>  // for the library
 #include <vector>
 
@@ -17,42 +14,23 @@
 #endif
 
 #include "element/assembly.h"
-#include "element/boundary_conditions.h"
-#include "model/data_file.h"
-#include "model/function_setup.h"
 #include "model/problem_model.h"
 #include "platform/parallel.h"
-#include "run/analysis.h"
-#include "run/iteration.h"
+#include "prepared_run.h"
 #include "run/run_state.h"
 #include "solver/elimination_tree.h"
 #include "solver/solution.h"
 #include "solver/sparse.h"
-#include "square_problem.h"
 
 namespace {
 
 using namespace kaldra;
 using Matrix = Eigen::SparseMatrix<double>;
 
-void Require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "kaldra-bench-libraries: %s failed\n", what);
-    std::exit(1);
-}
-
-void PrepareModel(std::int64_t n) {
-    const std::string path = (std::filesystem::temp_directory_path() / "kaldra-bench-libraries.kdr").string();
-    Require(WriteSquareProblem(path, static_cast<int>(n), SquareKind::Steady), "writing the problem");
-    (void)FreeModel();
-    InitModel(1);
-    model.dataFileName = path;
-    Require(ReadDataFile() == 1 && MakePointTables() == 1 && SetupFunctions() == 1, "reading the problem");
-    runState.startStep = runState.currentStep = 0;
-    runState.iteration = runState.running = 1;
+void PrepareMatrix(std::int64_t n) {
     SetThreadCount(1);
-    WishSolver(Solver::Sparse);
-    Require(PrepareTables() == 1 && PrepareBoundaryValues() == 1 && AssembleSteadySystem() == 1, "preparing the run");
+    PrepareRun(n, SquareKind::Steady, Solver::Sparse);
+    Require(AssembleSteadySystem() == 1, "the assembly");
 }
 
 // The free equations, both triangles.
@@ -79,7 +57,7 @@ Matrix FreeMatrix() {
 
 template <class Ordering>
 void Library(benchmark::State& state) {
-    PrepareModel(state.range(0));
+    PrepareMatrix(state.range(0));
     const Matrix matrix = FreeMatrix();
     Eigen::SimplicialLDLT<Matrix, Eigen::Lower, Ordering> solver;
     solver.compute(matrix);
@@ -90,21 +68,21 @@ void Library(benchmark::State& state) {
 
 template <class Ordering>
 void LibraryAnalysis(benchmark::State& state) {
-    PrepareModel(state.range(0));
+    PrepareMatrix(state.range(0));
     const Matrix matrix = FreeMatrix();
     Eigen::SimplicialLDLT<Matrix, Eigen::Lower, Ordering> solver;
     for (auto _ : state) solver.analyzePattern(matrix);
 }
 
 void Ours(benchmark::State& state) {
-    PrepareModel(state.range(0));
+    PrepareMatrix(state.range(0));
     Require(FactorSparse(model.SolutionVector) == 1, "the factorisation");  // touches the memory for the first time
     for (auto _ : state) Require(FactorSparse(model.SolutionVector) == 1, "the factorisation");
     state.counters["entries"] = static_cast<double>(model.tree.factorEntries);
 }
 
 void OurAnalysis(benchmark::State& state) {
-    PrepareModel(state.range(0));
+    PrepareMatrix(state.range(0));
     for (auto _ : state) Require(BuildEliminationTree() == 1, "the ordering");
 }
 

@@ -10,82 +10,31 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "dgemm.h"
 #include "element/assembly.h"
-#include "element/boundary_conditions.h"
 #include "element/element_batches.h"
 #include "element/element_matrices.h"
 #include "element/system_matrix.h"
 #include "functions/function_value.h"
-#include "model/data_file.h"
-#include "model/function_setup.h"
 #include "model/problem_model.h"
 #include "platform/parallel.h"
+#include "prepared_run.h"
 #include "results/gradient_results.h"
 #include "results/material_results.h"
 #include "results/node_results.h"
-#include "run/analysis.h"
 #include "run/iteration.h"
 #include "run/run_state.h"
 #include "solver/elimination_tree.h"
 #include "solver/skyline.h"
 #include "solver/solution.h"
 #include "solver/sparse.h"
-#include "square_problem.h"
 
 namespace {
 
 using namespace kaldra;
-
-void Require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "kaldra-bench: %s failed\n", what);
-    std::exit(1);
-}
-
-std::string ProblemPath(std::int64_t n, SquareKind kind) {
-    const auto folder = std::filesystem::temp_directory_path() / "kaldra-bench";
-    std::filesystem::create_directories(folder);
-    return (folder / ((kind == SquareKind::Steady ? "steady-" : "freezing-") + std::to_string(n) + ".kdr")).string();
-}
-
-void WriteProblem(std::int64_t n, SquareKind kind) {
-    if (std::filesystem::exists(ProblemPath(n, kind))) return;
-    Require(WriteSquareProblem(ProblemPath(n, kind), static_cast<int>(n), kind), "writing the problem");
-}
-
-void ReadProblem(std::int64_t n, SquareKind kind) {
-    WriteProblem(n, kind);
-    (void)FreeModel();
-    InitModel(1);
-    model.dataFileName = ProblemPath(n, kind);
-    Require(ReadDataFile() == 1, "reading the problem");
-}
-
-// Reads the N by N problem and makes every table of its run.
-void PrepareModel(std::int64_t n, SquareKind kind, Solver solver) {
-    static Solver prepared = Solver::Automatic;
-    static int preparedThreads = 0;
-    const bool isSame = prepared == solver && preparedThreads == ThreadCount();
-    if (isSame && model.dataFileName == ProblemPath(n, kind) && model.nodeCount > 0) return;
-    prepared = solver;
-    preparedThreads = ThreadCount();
-    ReadProblem(n, kind);
-    Require(MakePointTables() == 1 && SetupFunctions() == 1, "preparing the model");
-    runState.startStep = kind == SquareKind::Steady ? 0 : 1;
-    runState.currentStep = runState.startStep;
-    runState.iteration = 1;
-    runState.PhaseChangeMode = phaseEstablished;  // every point takes latent heat
-    runState.running = 1;
-    WishSolver(solver);
-    Require(PrepareTables() == 1 && PrepareBoundaryValues() == 1, "preparing the run");
-}
 
 void Assemble() {
     ++model.temperatureVersion;           // look at every value again
@@ -105,13 +54,13 @@ void CountWork(benchmark::State& state, double operations) {
 // Reading and small things
 
 void Reader(benchmark::State& state) {
-    WriteProblem(state.range(0), SquareKind::Steady);
+    (void)ProblemFile(state.range(0), SquareKind::Steady);  // written before the clock runs
     for (auto _ : state) ReadProblem(state.range(0), SquareKind::Steady);
     model.dataFileName.clear();
 }
 
 void FunctionValue(benchmark::State& state) {
-    PrepareModel(10, SquareKind::Steady, Solver::Skyline);
+    PrepareRun(10, SquareKind::Steady, Solver::Skyline);
     const std::vector<FunctionPoint>& points = model.kFunctions[0].points;
     float x = -12;
     for (auto _ : state) {
@@ -121,7 +70,7 @@ void FunctionValue(benchmark::State& state) {
 }
 
 void OneElementMatrix(benchmark::State& state) {
-    PrepareModel(10, SquareKind::Steady, Solver::Skyline);
+    PrepareRun(10, SquareKind::Steady, Solver::Skyline);
     ElementMatrix K;
     ElementMatrix Cap;
     for (auto _ : state) {
@@ -136,7 +85,7 @@ void OneElementMatrix(benchmark::State& state) {
 template <class Build>
 void OncePerRun(benchmark::State& state, const Build& build) {
     TakeThreads(state);
-    PrepareModel(state.range(0), SquareKind::Steady, Solver::Sparse);
+    PrepareRun(state.range(0), SquareKind::Steady, Solver::Sparse);
     for (auto _ : state) Require(build() == 1, "the preparation");
     model.dataFileName.clear();
 }
@@ -151,7 +100,7 @@ void Ordering(benchmark::State& state) { OncePerRun(state, BuildEliminationTree)
 // All element matrices formed and added, with the nanoseconds per integration point.
 void Assembly(benchmark::State& state) {
     TakeThreads(state);
-    PrepareModel(state.range(0), SquareKind::Freezing, Solver::Sparse);
+    PrepareRun(state.range(0), SquareKind::Freezing, Solver::Sparse);
     for (auto _ : state) Assemble();
     const double points = 4.0 * static_cast<double>(state.range(0) * state.range(0) * state.iterations()) * 1e-9;
     state.counters["ns/point"] = benchmark::Counter(points, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
@@ -173,7 +122,7 @@ void Dgemm1000(benchmark::State& state) {
 
 void SkylineFactor(benchmark::State& state) {
     TakeThreads(state);
-    PrepareModel(state.range(0), SquareKind::Steady, Solver::Skyline);
+    PrepareRun(state.range(0), SquareKind::Steady, Solver::Skyline);
     Assemble();
     Require(FactorSkyline() == 1, "the factorisation");  // touches the memory for the first time
     for (auto _ : state) Require(FactorSkyline() == 1, "the factorisation");
@@ -182,7 +131,7 @@ void SkylineFactor(benchmark::State& state) {
 
 void SparseFactor(benchmark::State& state) {
     TakeThreads(state);
-    PrepareModel(state.range(0), SquareKind::Steady, Solver::Sparse);
+    PrepareRun(state.range(0), SquareKind::Steady, Solver::Sparse);
     Assemble();
     Require(FactorSparse(model.SolutionVector) == 1, "the factorisation");
     for (auto _ : state) Require(FactorSparse(model.SolutionVector) == 1, "the factorisation");
@@ -192,7 +141,7 @@ void SparseFactor(benchmark::State& state) {
 template <class Factor, class Solve>
 void SolutionBy(benchmark::State& state, Solver solver, const Factor& factor, const Solve& solve) {
     TakeThreads(state);
-    PrepareModel(state.range(0), SquareKind::Steady, solver);
+    PrepareRun(state.range(0), SquareKind::Steady, solver);
     Assemble();
     Require(factor() == 1, "the factorisation");
     const std::vector<float> rhs = model.SolutionVector;
@@ -212,7 +161,7 @@ void SparseSolution(benchmark::State& state) {
 // Every point of the upper half crosses the freezing point.
 void PhaseControl(benchmark::State& state) {
     TakeThreads(state);
-    PrepareModel(state.range(0), SquareKind::Freezing, Solver::Sparse);
+    PrepareRun(state.range(0), SquareKind::Freezing, Solver::Sparse);
     for (std::size_t i = 0; i < model.nodeStates.size(); ++i) {
         model.nodeStates[i].previous = 1;
         model.nodeStates[i].temperature = model.nodes[i].y > 0.5F ? -1.0F : 1.0F;
@@ -227,7 +176,7 @@ void PhaseControl(benchmark::State& state) {
 template <class Write>
 void Writer(benchmark::State& state, const Write& write) {
     TakeThreads(state);
-    PrepareModel(state.range(0), SquareKind::Freezing, Solver::Sparse);
+    PrepareRun(state.range(0), SquareKind::Freezing, Solver::Sparse);
     for (auto _ : state) Require(write() == 1, "writing the results");
 }
 

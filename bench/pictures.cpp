@@ -8,32 +8,20 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
 
 #include "model/problem_model.h"
 #include "post/result_set.h"
-#include "square_problem.h"
+#include "prepared_run.h"
 #include "view/ground_picture.h"
 
 namespace {
 
 using namespace kaldra;
 
-void Require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "kaldra-bench-pictures: %s failed\n", what);
-    std::exit(1);
-}
-
 // Waves of freezing and thawing ground, so that the isotherm is long.
 Scene MakeScene(std::int64_t n) {
-    const std::string path = (std::filesystem::temp_directory_path() / "kaldra-bench-pictures.kdr").string();
-    Require(WriteSquareProblem(path, static_cast<int>(n), SquareKind::Steady), "writing the problem");
     ResultSet set;
-    Require(OpenResultSet(path, set) == 1, "reading the problem");
+    Require(OpenResultSet(ProblemFile(n, SquareKind::Steady), set) == 1, "reading the problem");
     Scene scene;
     Require(BuildScene(scene) == 1, "the scene");
     StepResults results;
