@@ -59,6 +59,7 @@ ElementKind KindOf(std::size_t e) {
     for (std::size_t slot = 0; slot < slotCount; ++slot) {
         if (UsesSlot(element, slot)) kind.slot[kind.slots++] = static_cast<std::uint8_t>(slot);
     }
+    if (kind.slots == 0) return kind;
     RuleTable rule;
     GetIntegrationRule(rule, kind.points);
     for (std::size_t i = 0; i < kind.points; ++i) {
@@ -308,7 +309,7 @@ LaneBatch BatchAt(ElementBatches& b, const ElementKind& kind, std::size_t batch)
             model.PointResults.data() + 5 * firstPoint,
             model.SlopeFloor.data() + firstPoint,
             model.PhaseState.data() + firstPoint,
-            b.oldWater.data() + firstPoint};
+            b.oldWater.empty() ? nullptr : b.oldWater.data() + firstPoint};
 }
 
 ElementBatches::Inputs PresentInputs() {
@@ -414,12 +415,14 @@ struct FoundCrossings {
 };
 
 [[nodiscard]] int JoinCrossings(const std::vector<FoundCrossings>& found, std::vector<PointCrossing>& crossings) {
-    crossings.clear();
+    std::size_t count = 0;
     for (const FoundCrossings& part : found) {
         if (!part.fits) return ShowOutOfMemory();
-        const auto join = [&] { crossings.insert(crossings.end(), part.list.begin(), part.list.end()); };
-        if (!WithMemory(part.list.size() * sizeof(PointCrossing), join)) return 0;
+        count += part.list.size();
     }
+    crossings.clear();
+    if (!ReserveTable(crossings, count)) return 0;
+    for (const FoundCrossings& part : found) crossings.insert(crossings.end(), part.list.begin(), part.list.end());
     if (!std::ranges::is_sorted(crossings, {}, &PointCrossing::pointIndex)) {
         std::ranges::sort(crossings, {}, &PointCrossing::pointIndex);
     }
@@ -442,7 +445,9 @@ int FindPointCrossings(std::vector<PointCrossing>& crossings) {
             const LaneBatch lanes = BatchAt(b, kind, batch);
             if (!kernels.cross(tables, lanes, model.freezingPoint, now.data(), crossed.data())) continue;
             const auto collect = [&] { CollectCrossings(b, kind, batch, lanes, now.data(), crossed.data(), own.list); };
-            own.fits = TryMemory(laneCount * kind.points * sizeof(PointCrossing), collect) && own.fits;
+            const std::size_t most = own.list.size() + laneCount * kind.points;
+            const std::size_t room = most > own.list.capacity() ? 2 * most : 0;
+            own.fits = TryMemory(room * sizeof(PointCrossing), collect) && own.fits;
         }
     });
     return JoinCrossings(found, crossings) && IsRunning();

@@ -1,7 +1,7 @@
-// The active elements in batches of eight, with their geometry computed once per run.
+// The elements in batches of eight, with their geometry computed once per run.
 //
-// Everything here gives the same bits as the plain procedures of element_matrices. Calculation thread only; the work is
-// spread over all threads.
+// Everything here gives the same bits as the plain procedures of element_matrices. Calculation thread, but for the
+// sorting, which a start does before that thread lives; the work is spread over all threads.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 
 namespace kaldra {
 
-// Makes model.batches and gives every active element its place in them; the geometry is still empty. Gives 1, or 0
+// Makes model.batches and gives every element with points its place in them; the geometry is still empty. Gives 1, or 0
 // after message 1138.
 [[nodiscard]] int SortElementsIntoBatches();
 

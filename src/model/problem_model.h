@@ -207,8 +207,8 @@ struct ProblemModel {
     std::vector<std::int32_t> EquationCode;       // per node
     std::vector<std::int64_t> SkylineColumnPtr;   // per node: position of the diagonal
     LargeTable<double> SkylineStore;
-    std::vector<float> SlopeFloor;         // per PointPlace: largest slope of the water content in this step
-    std::vector<std::uint8_t> PhaseState;  // per PointPlace: 0 not switched, 1 thawing, 2 freezing
+    std::vector<float> SlopeFloor;               // per PointPlace: largest slope of the water content in this step
+    std::vector<std::uint8_t> PhaseState;        // per PointPlace: 0 not switched, 1 thawing, 2 freezing
     std::vector<std::int32_t> boundaryElements;  // index of each that feeds nodal flows
     std::uint64_t temperatureVersion = 0;  // changes whenever a temperature on which point values rest has changed
     std::uint64_t switchedVersion = 0;     // changes whenever PhaseState has changed within a step
@@ -225,8 +225,8 @@ extern ProblemModel model;
 // Number of integration points of element index e; a count below 1 is an element without points.
 [[nodiscard]] std::size_t PointCount(std::size_t e);
 
-// Where a point of an element stands in the tables per point, whose order is that of the batches with the lane
-// running fastest: [batch][point][lane].
+// Where a point of an element that has points stands in the tables per point, whose order is that of the batches with
+// the lane running fastest: [batch][point][lane].
 [[nodiscard]] std::size_t PointPlace(std::size_t e, std::size_t point);
 
 // One recorded value at the points of an element, in its lane.
@@ -250,6 +250,7 @@ struct PointRuns {
     PointRun heatCapacity;  // volumetric, with the latent term
 };
 
+// Of an element that has points.
 [[nodiscard]] PointRuns PointResultsOf(std::size_t e);
 
 // True for an element that takes no part in the analysis: its material has no conductivity function.

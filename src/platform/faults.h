@@ -1,7 +1,7 @@
 // Rehearsed failures: lets a test make any one file call or table allocation of a run fail.
 //
 // Each seam asks FaultStrikes once per call. Outside tests nothing is armed and the answer is always false.
-// The counters are atomic, as both the front end's and the calculation thread pass here.
+// The counters are atomic, as several threads pass here.
 #pragma once
 
 #include <atomic>

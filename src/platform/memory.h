@@ -14,8 +14,8 @@
 
 namespace kaldra {
 
-// Memory for LargeTable: from 16 MiB on in pages of 2 MiB where the system has them, which are found faster again and
-// again; less memory is not worth their longer first touch. Throws std::bad_alloc.
+// Memory for LargeTable: from 16 MiB on in pages of 2 MiB where the system has them, whose addresses are found faster.
+// For less memory that gains less than it costs to clear such a page at its first touch. Throws std::bad_alloc.
 [[nodiscard]] void* TakeLargeMemory(std::size_t bytes);
 void GiveLargeMemory(void* memory);
 

@@ -1,7 +1,5 @@
 #include "results/result_file.h"
 
-#include <utility>
-
 #include "model/problem_model.h"
 #include "model/time_sequence.h"
 #include "platform/number_text.h"
@@ -19,13 +17,9 @@ std::array<std::string, 5> CommonHeader() {
             FormatText("%d   %+12.4E  = Step Number, Elapsed time", step, ElapsedTime(step))};
 }
 
-RowRoom rowRoom;
-
-bool RowRoom::WriteChunks(File& file) {
-    for (std::string_view& chunk : chunks) {
-        if (WriteBufferedLines(file, std::exchange(chunk, {})) != 1) return false;
-    }
-    return true;
+char* RowRoom() {
+    static std::array<char, rowRoomBytes> room;
+    return room.data();
 }
 
 }  // namespace kaldra

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <string>
 #include <string_view>
 
@@ -43,42 +44,34 @@ template <class WriteRows>
 
 inline char* PutLineEnd(char* out) { return out + lineEnd.copy(out, lineEnd.size()); }
 
-// Where rows are put before they are written: by all threads, each chunk at its own place. It stays for the whole
-// process, small enough for the cache: new memory for every file would cost more than its rows.
-class RowRoom {
-public:
-    static constexpr std::size_t mostChunks = 64;
-
-    [[nodiscard]] std::size_t Size() const { return room_.size(); }
-    [[nodiscard]] char* Begin() { return room_.data(); }
-    // Writes the lines of the chunks and empties them. Gives false after a message.
-    [[nodiscard]] bool WriteChunks(File& file);
-
-    std::array<std::string_view, mostChunks> chunks{};
-
-private:
-    std::array<char, 512U << 10U> room_;
-};
-
-extern RowRoom rowRoom;
+// Where rows are put before they are written, by all threads, each chunk at its own place: small enough for the cache,
+// and there for the whole process, since new memory for every file would cost more than its rows.
+inline constexpr std::size_t rowRoomBytes = 512U << 10U;
+inline constexpr std::size_t mostChunks = 64;
+[[nodiscard]] char* RowRoom();
 
 // Number of a record in a row of a result file.
 [[nodiscard]] inline std::int32_t RowNumber(std::size_t index) { return static_cast<std::int32_t>(index) + 1; }
 
 // Writes the lines of `count` items in their order: putItem(out, item) puts the lines of one, at most `longest`
-// characters with their line ends, and gives the place behind. It is called on several threads and may only read.
+// characters with their line ends and at most the room of a chunk, and gives the place behind. It is called on several
+// threads and may only read.
 template <class PutItem>
 [[nodiscard]] bool WriteItems(File& file, std::size_t count, std::size_t longest, const PutItem& putItem) {
-    const std::size_t grain = rowRoom.Size() / RowRoom::mostChunks / longest;
-    const std::size_t fitting = grain * RowRoom::mostChunks;
+    assert(longest > 0 && longest <= rowRoomBytes / mostChunks);
+    const std::size_t grain = rowRoomBytes / mostChunks / longest;
+    const std::size_t fitting = grain * mostChunks;
     for (std::size_t first = 0; first < count; first += fitting) {
+        std::array<std::string_view, mostChunks> chunks;
         RunChunks(std::min(fitting, count - first), grain, [&](std::size_t begin, std::size_t end) {
-            char* const start = rowRoom.Begin() + begin * longest;
+            char* const start = RowRoom() + begin * longest;
             char* at = start;
             for (std::size_t i = begin; i < end; ++i) at = putItem(at, first + i);
-            rowRoom.chunks[begin / grain] = {start, at};
+            chunks[begin / grain] = {start, at};
         });
-        if (!rowRoom.WriteChunks(file)) return false;
+        for (const std::string_view chunk : chunks) {
+            if (WriteBufferedLines(file, chunk) != 1) return false;
+        }
     }
     return true;
 }

@@ -78,6 +78,7 @@ int WriteBuffered(File& file, std::string_view text) {
 // Few lines join the block; many are written as they are, behind it.
 int WriteBufferedLines(File& file, std::string_view lines) {
     if (!MakeBuffers(file)) return -1;
+    if (lines.empty()) return 1;
     if (writer.gathered + lines.size() < gatheredBelow) {
         Gather(lines);
         return 1;

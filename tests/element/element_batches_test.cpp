@@ -27,18 +27,24 @@ protected:
         }
         return points;
     }
-    // Forty cells, bent and turned in their numbering, of five kinds and three materials.
+    // Forty cells, bent and turned in their numbering, of five kinds and four materials; NULL elements among them, and
+    // one without points.
     static Problem MixedProblem(const char* analysis) {
         Problem problem;
         problem.analysis = analysis;
         problem.times = {"1 2.5 2.5 1", "2 2.5 5 1"};
         problem.pole = "POLE 1\n-9 -9";
         problem.K = {FunctionRows(1, {"-20 2.2", "-3 2.1", "-1 1.9", "0 1.6", "6 1.5", "20 1.45"}, "0 0.5"),
-                     FunctionRows(2, {"-30 1.1", "30 1.1"}), FunctionRows(3, Ascent(20))};
+                     FunctionRows(2, {"-30 1.1", "30 1.1"}), FunctionRows(3, Ascent(9)), FunctionRows(4, Ascent(10))};
         problem.S = {FunctionRows(1, {"-5 0", "-2 0.1", "-0.5 0.5", "0 1", "4 1"}, "0 0.3"),
-                     FunctionRows(2, {"-1 1", "1 1"}), FunctionRows(3, Ascent(12))};
-        problem.materials = {"1 1 1 1.9 2.7 0.41", "2 2 2 1.5 1.6 0.1", "3 3 3 2.2 2.3 0.33"};
-        for (int cell = 0; cell < 40; ++cell) AddCell(problem, cell);
+                     FunctionRows(2, {"-1 1", "1 1"}), FunctionRows(3, Ascent(17)), FunctionRows(4, Ascent(18))};
+        problem.materials = {"1 1 1 1.9 2.7 0.41", "2 2 2 1.5 1.6 0.1", "3 3 3 2.2 2.3 0.33", "4 4 4 2 2.5 0.2",
+                             "5 0 0 1 1 0"};
+        for (int cell = 0; cell < 40; ++cell) {
+            AddCell(problem, cell);
+            if (cell % 9 == 8) problem.Element("1 2 3 0 0 0 0 0", cell % 2 == 0 ? 7 : 4, "1", 5);
+        }
+        problem.Element("1 2 3 0 0 0 0 0", 0);
         return problem;
     }
     static void AddCell(Problem& problem, int cell) {
@@ -65,12 +71,12 @@ protected:
         const Kind& kind = kinds[cell % 5];
         std::string slots;
         for (std::size_t i = 0; i < 8; ++i) slots += std::to_string(kind.used[i] != 0 ? node[i] : 0) + ' ';
-        problem.Element(slots, kind.points, kind.rest, 1 + cell % 3);
+        problem.Element(slots, kind.points, kind.rest, 1 + cell % 4);
     }
 
     static void SetTemperatures(double shift) {
         for (std::size_t n = 0; n < model.nodeStates.size(); ++n) {
-            const double old = 3 * std::sin(0.7 * static_cast<double>(n));
+            const double old = 3 * std::sin(0.7 * static_cast<double>(n)) + 0.1 * runState.currentStep;
             const double change = n % 4 == 0 ? 0 : shift * std::cos(0.3 * static_cast<double>(n));
             model.nodeStates[n] = {static_cast<float>(old + change), static_cast<float>(old), 0};
         }
@@ -100,6 +106,7 @@ protected:
         }
         return tables;
     }
+    static bool TakesPart(std::size_t e) { return !IsNullElement(model.elements[e]) && PointCount(e) > 0; }
     // Entry (i, j) of an element in model.batches.
     static float Entry(std::size_t e, std::size_t i, std::size_t j) {
         const ElementBatches& b = model.batches;
@@ -121,9 +128,11 @@ protected:
     static std::vector<float> PlainEntries() {
         std::vector<float> entries;
         for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
-            ElementMatrix K;
-            ElementMatrix Cap;
+            if (!TakesPart(e)) continue;
+            ElementMatrix K, Cap, recordedK, recordedCap;
             EXPECT_EQ(ComputeElementMatrices(e, K, Cap), 1);
+            RecordedElementMatrices(e, recordedK, recordedCap);
+            EXPECT_TRUE(K == recordedK && Cap == recordedCap) << e;  // by the shapes of the batches
             for (std::size_t i = 0; i < K.size(); ++i) {
                 const ElementRec& element = model.elements[e];
                 if (element.nodes[i / slotCount] == 0 || element.nodes[i % slotCount] == 0) continue;
@@ -135,6 +144,7 @@ protected:
     static std::vector<float> BatchEntries() {
         std::vector<float> entries;
         for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
+            if (!TakesPart(e)) continue;
             const auto place = static_cast<std::size_t>(model.batches.placeOfElement[e]);
             const std::size_t slots = model.batches.kinds[model.batches.kindOfBatch[place / laneCount]].slots;
             for (std::size_t i = 0; i < slots * slots; ++i) entries.push_back(Entry(e, i / slots, i % slots));
@@ -150,36 +160,55 @@ void ExpectSameBits(const std::vector<float>& a, const std::vector<float>& b, co
     }
 }
 
+// Once the plain procedures, then the batches on every processor; what a step keeps of its start is used again.
 TEST_F(ElementBatchesTest, GiveTheBitsOfThePlainProcedures) {
     for (const char* analysis : {"1 1 0 1 0", "1 2 0 1 0", "2 1 334 1 -0.1", "2 2 334 1 -0.1"}) {
         ASSERT_TRUE(Prepare(MixedProblem(analysis)));
-        runState.currentStep = model.analysisType == transient ? 1 : 0;
-        for (const auto mode : {phaseSearching, phaseEstablished}) {
-            runState.PhaseChangeMode = mode;
-            for (const double shift : {1.7, 1e-3}) {
-                SetTemperatures(shift);
+        for (int round = 0; round < 8; ++round) {
+            runState.currentStep = model.analysisType == transient ? 1 + round / 4 : 0;
+            runState.PhaseChangeMode = round % 4 < 2 ? phaseSearching : phaseEstablished;
+            SetTemperatures(round % 2 == 0 ? 1.7 : 1e-3);
+            SetPhases();
+            std::ranges::fill(model.PointResults, -1.0F);  // seen where nothing is recorded
+            const std::vector<float> entries = PlainEntries();
+            const AtPoints plain = PointTables();
+            for (const auto level : {ProcessorLevel::Plain, ProcessorLevel::Avx2, ProcessorLevel::Avx512}) {
+                LimitProcessorLevel(level);
+                SetThreadCount(level == ProcessorLevel::Plain ? 1 : 2);
                 SetPhases();
-                std::ranges::fill(model.PointResults, -1.0F);  // seen where nothing is recorded
-                const std::vector<float> entries = PlainEntries();
-                const AtPoints plain = PointTables();
-                for (const auto level : {ProcessorLevel::Plain, ProcessorLevel::Avx2, ProcessorLevel::Avx512}) {
-                    LimitProcessorLevel(level);
-                    SetThreadCount(level == ProcessorLevel::Plain ? 1 : 2);
-                    SetPhases();
-                    ++model.switchedVersion;
-                    model.batches.inputs = {};
-                    std::ranges::fill(model.PointResults, -1.0F);
-                    bool changed = false;
-                    ASSERT_EQ(FormElementMatrices(changed), 1);
-                    EXPECT_TRUE(changed);
-                    const AtPoints batched = PointTables();
-                    ExpectSameBits(batched.record, plain.record, "record");
-                    ExpectSameBits(batched.floor, plain.floor, "floor");
-                    ExpectSameBits(BatchEntries(), entries, "entries");
-                }
+                ++model.switchedVersion;
+                std::ranges::fill(model.PointResults, -1.0F);
+                bool changed = false;
+                ASSERT_EQ(FormElementMatrices(changed), 1);
+                EXPECT_TRUE(changed);
+                const AtPoints batched = PointTables();
+                ExpectSameBits(batched.record, plain.record, "record");
+                ExpectSameBits(batched.floor, plain.floor, "floor");
+                ExpectSameBits(BatchEntries(), entries, "entries");
             }
         }
     }
+}
+
+TEST_F(ElementBatchesTest, EveryPointHasItsOwnPlace) {
+    ASSERT_TRUE(Prepare(MixedProblem("2 1 334 1 -0.1")));
+    std::ranges::fill(model.SlopeFloor, -1.0F);
+    const auto forAll = [](auto use) {
+        float number = 0;
+        for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
+            for (std::size_t point = 0; point < PointCount(e); ++point) {
+                const PointRuns runs = PointResultsOf(e);
+                for (const PointRun& run :
+                     {runs.conductivity, runs.temperature, runs.waterContent, runs.waterSlope, runs.heatCapacity}) {
+                    use(run[point], ++number);
+                }
+                use(model.SlopeFloor.at(PointPlace(e, point)), ++number);
+            }
+        }
+        return number;
+    };
+    EXPECT_EQ(forAll([](float& value, float number) { value = number; }), 6.0F * static_cast<float>(model.pointTotal));
+    forAll([](const float& value, float number) { EXPECT_EQ(value, number); });
 }
 
 // Nothing is formed again while nothing has changed, and all of it for another increment.
@@ -215,6 +244,7 @@ TEST_F(ElementBatchesTest, LoadsAreThoseOfTheStep) {
         bool changed = false;
         ASSERT_EQ(FormElementMatrices(changed), 1);
         for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
+            if (!TakesPart(e)) continue;
             ElementMatrix K;
             ElementMatrix Cap;
             RecordedElementMatrices(e, K, Cap);

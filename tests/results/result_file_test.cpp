@@ -11,9 +11,9 @@ namespace {
 
 class ResultRows : public KaldraTest {
 protected:
+    static constexpr RowFormat format{"%5d %+14.6E"};
     // Writes rows "n half" for n = 1, 2, ... and gives the file.
     std::string Written(std::size_t count) {
-        static constexpr RowFormat format("%5d %+14.6E");
         File file;
         EXPECT_TRUE(file.Create(Path("rows")));
         EXPECT_TRUE(WriteRows(file, count, format, [](char* out, std::size_t row) {
@@ -27,7 +27,10 @@ protected:
 
 // From none over a part of a chunk to several rounds, for any number of threads.
 TEST_F(ResultRows, StandInTheirOrder) {
-    for (const std::size_t count : {0, 1, 255, 256, 257, 65536, 140001}) {
+    const std::size_t chunk = rowRoomBytes / mostChunks / (format.longest + lineEnd.size());
+    const std::size_t round = chunk * mostChunks;
+    for (const std::size_t count : {std::size_t{0}, std::size_t{1}, chunk - 1, chunk, chunk + 1, round - 1, round,
+                                    round + 1, 7 * round + chunk + 5}) {
         std::string expected;
         for (std::size_t row = 0; row < count; ++row) {
             expected += FormatText("%5d %+14.6E\r\n", RowNumber(row), static_cast<float>(row) / 2);
@@ -40,16 +43,17 @@ TEST_F(ResultRows, StandInTheirOrder) {
 }
 
 TEST_F(ResultRows, EndAtTheFirstFailure) {
-    static constexpr RowFormat format("%5d");
+    static constexpr RowFormat numberAlone("%5d");
     File full;
     ASSERT_TRUE(full.Create("/dev/full"));
     std::atomic<std::size_t> most = 0;
-    EXPECT_FALSE(WriteRows(full, 1000000, format, [&](char* out, std::size_t row) {
+    EXPECT_FALSE(WriteRows(full, 1000000, numberAlone, [&](char* out, std::size_t row) {
         if (row > most) most = row;
-        return PutRow(out, format, RowNumber(row));
+        return PutRow(out, numberAlone, RowNumber(row));
     }));
     EXPECT_LT(most, 100000U);
     EXPECT_THAT(TakeMessages(), ElementsAre(1192));
+    EXPECT_EQ(Written(1), "    1 +0.000000E+000\r\n");  // nothing is left of it
 }
 
 }  // namespace

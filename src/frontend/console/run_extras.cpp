@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <future>
+#include <new>
 #include <system_error>
 
 #include "frontend/console/console.h"
@@ -62,17 +63,30 @@ void StepDone() {
     if (extras.wanted.balance && !AddStepBalance(extras.balance)) extras.whole = false;
 }
 
-void BeginDigest(const std::string& dataFile) {
-    extras.record.dataFile.path = dataFile;
+// Empty, too, where memory is short for it.
+std::string DigestOf(const std::string& dataFile) {
     try {
-        extras.digest = std::async(std::launch::async, Sha256OfFile, dataFile);
-    } catch (const std::system_error&) {  // no thread can be had
-        extras.record.dataFile.sha256 = Sha256OfFile(dataFile);
+        return Sha256OfFile(dataFile);
+    } catch (const std::bad_alloc&) {
+        return {};
     }
 }
 
-void WriteRecord() {
+void BeginDigest(const std::string& dataFile) {
+    extras.record.dataFile.path = dataFile;
+    try {
+        extras.digest = std::async(std::launch::async, DigestOf, dataFile);
+    } catch (const std::system_error&) {  // no thread can be had
+        extras.record.dataFile.sha256 = DigestOf(dataFile);
+    }
+}
+
+void EndDigest() {
     if (extras.digest.valid()) extras.record.dataFile.sha256 = extras.digest.get();
+}
+
+void WriteRecord() {
+    EndDigest();
     if (extras.recordIsKept) extras.recordIsKept = WriteRunRecord(extras.record) == 1;
 }
 
@@ -121,6 +135,7 @@ void NoteBegin() {
 }
 
 void NoteFailedStart(int exitStatus) {
+    EndDigest();
     if (FileExists(RunRecordName(extras.record.dataFile.path))) return;
     NoteExit("the start failed", exitStatus);
     WriteRecord();
