@@ -408,7 +408,7 @@ void CollectCrossings(const ElementBatches& b, const ElementKind& kind, std::siz
     }
 }
 
-// The crossings that one thread has found.
+// The crossings of the batches of one task.
 struct FoundCrossings {
     std::vector<PointCrossing> list;
     bool fits = true;
@@ -436,11 +436,11 @@ int FindPointCrossings(std::vector<PointCrossing>& crossings) {
     const LaneTables tables = TablesOfModel();
     const BatchKernels& kernels = ChosenBatchKernels();
     std::vector<FoundCrossings> found;
-    if (!MakeTable(found, static_cast<std::size_t>(ThreadCount()))) return 0;
+    if (!MakeTable(found, b.kindOfBatch.size() / batchesPerTask + 1)) return 0;
     OverBatches(b, [&](const ElementKind& kind, std::size_t first, std::size_t end) {
         std::array<float, largestRule * laneCount> now;
         std::array<std::uint16_t, largestRule> crossed;
-        FoundCrossings& own = found[ThreadNumber()];
+        FoundCrossings& own = found[first / batchesPerTask];
         for (std::size_t batch = first; batch < end; ++batch) {
             const LaneBatch lanes = BatchAt(b, kind, batch);
             if (!kernels.cross(tables, lanes, model.freezingPoint, now.data(), crossed.data())) continue;
