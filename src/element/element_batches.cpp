@@ -140,12 +140,14 @@ ElementKind KindOf(std::size_t e) {
 
 std::size_t BatchInKind(const ElementKind& kind, std::size_t batch) { return batch - kind.firstBatch; }
 
-void FillNodes(ElementBatches& b, std::size_t batch) {
-    const ElementKind& kind = b.kinds[b.kindOfBatch[batch]];
-    std::int32_t* const nodes = b.nodes.data() + kind.firstLoad + BatchInKind(kind, batch) * kind.LoadsPerBatch();
-    for (std::size_t lane = 0; lane < laneCount; ++lane) {
-        const ElementRec& element = model.elements[static_cast<std::size_t>(b.element[batch * laneCount + lane])];
-        for (std::size_t j = 0; j < kind.slots; ++j) nodes[j * laneCount + lane] = element.nodes[kind.slot[j]] - 1;
+void FillNodes(ElementBatches& b) {
+    for (std::size_t batch = 0; batch < b.kindOfBatch.size(); ++batch) {
+        const ElementKind& kind = b.kinds[b.kindOfBatch[batch]];
+        std::int32_t* const nodes = b.nodes.data() + kind.firstLoad + BatchInKind(kind, batch) * kind.LoadsPerBatch();
+        for (std::size_t lane = 0; lane < laneCount; ++lane) {
+            const ElementRec& element = model.elements[static_cast<std::size_t>(b.element[batch * laneCount + lane])];
+            for (std::size_t j = 0; j < kind.slots; ++j) nodes[j * laneCount + lane] = element.nodes[kind.slot[j]] - 1;
+        }
     }
 }
 
@@ -206,9 +208,9 @@ constexpr std::size_t batchesPerTask = 4;
 
 // Runs work(kind, first, end) over all batches of active elements, those of different kinds apart, and stops early when
 // Stop was pressed.
-template <class Work>
-void OverBatches(const ElementBatches& b, const Work& work) {
-    RunChunks(b.kindOfBatch.size(), batchesPerTask, [&](std::size_t first, std::size_t end) {
+template <class Own, class Work>
+void OverBatchesBeside(const Own& own, const ElementBatches& b, const Work& work) {
+    RunChunksBeside(own, b.kindOfBatch.size(), batchesPerTask, [&](std::size_t first, std::size_t end) {
         while (first < end && IsRunning()) {
             const ElementKind& kind = b.kinds[b.kindOfBatch[first]];
             const std::size_t last = std::min(end, kind.firstBatch + kind.batchCount);
@@ -218,13 +220,18 @@ void OverBatches(const ElementBatches& b, const Work& work) {
     });
 }
 
-void FillAllBatches(ElementBatches& b) {
+template <class Work>
+void OverBatches(const ElementBatches& b, const Work& work) {
+    OverBatchesBeside([] {}, b, work);
+}
+
+template <class Own>
+void FillAllBatches(const Own& own, ElementBatches& b) {
     std::atomic<std::size_t> faulty{Elements()};
-    OverBatches(b, [&](const ElementKind& kind, std::size_t first, std::size_t end) {
+    OverBatchesBeside(own, b, [&](const ElementKind& kind, std::size_t first, std::size_t end) {
         const auto representative = static_cast<std::size_t>(b.element[kind.firstBatch * laneCount]);
         const KindShapes kindShapes = ShapesOf(kind, model.elements[representative]);
         for (std::size_t batch = first; batch < end; ++batch) {
-            FillNodes(b, batch);
             const std::size_t found = FillShapes(b, kindShapes, batch);
             for (std::size_t known = faulty; found < known && !faulty.compare_exchange_weak(known, found);) {
             }
@@ -254,13 +261,16 @@ int SortElementsIntoBatches() {
     model.batches = ElementBatches();
     ElementBatches& b = model.batches;
     std::vector<std::int32_t> kindOfElement;
-    return SortIntoKinds(b, kindOfElement) && MakeBatchTables(b) && FillLanes(b, kindOfElement);
+    if (!SortIntoKinds(b, kindOfElement) || !MakeBatchTables(b) || !FillLanes(b, kindOfElement)) return 0;
+    FillNodes(b);
+    return 1;
 }
 
-int FillElementBatches() {
+int FillElementBatches(int (*beside)()) {
     if (!MakeFunctions(model.batches)) return 0;
-    FillAllBatches(model.batches);
-    return IsRunning();
+    int done = 1;
+    FillAllBatches([&] { done = beside == nullptr || beside(); }, model.batches);
+    return done && IsRunning();
 }
 
 int CheckElementBatches() {

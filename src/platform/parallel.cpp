@@ -69,18 +69,28 @@ class Helpers {
 public:
     ~Helpers() { SendHome(); }
 
-    void Run(TaskList& list, int helpers) {
+    // own() is the caller's; it may throw, and the helpers that are inside are awaited all the same.
+    template <class Own>
+    void Run(TaskList& list, int helpers, const Own& own) {
         Hire(helpers);
         list_ = &list;
         gate_.store(isOpen);
         ++call_;
         call_.notify_all();
+        const Closing closing{*this};
+        own();
         list.Work();
-        gate_.fetch_and(~isOpen);
-        for (Patience patience; gate_.load(std::memory_order_acquire) != 0;) patience.Wait();
     }
 
 private:
+    struct Closing {
+        Helpers& helpers;
+        ~Closing() {
+            helpers.gate_.fetch_and(~isOpen);
+            for (Patience patience; helpers.gate_.load(std::memory_order_acquire) != 0;) patience.Wait();
+        }
+    };
+
     static constexpr std::uint32_t isOpen = 1;
     static constexpr std::uint32_t oneInside = 2;
 
@@ -156,12 +166,18 @@ void SetThreadCount(int count) { crew.threads = count < 1 ? ProcessorCount() : c
 
 std::size_t ThreadNumber() { return threadNumber; }
 
-void RunTaskList(std::size_t count, Order order, Task task, const void* context) {
+void RunTaskList(std::size_t count, Order order, Task task, const void* context, void (*own)(const void*)) {
     const auto threads = static_cast<std::size_t>(ThreadCount());
     TaskList list(count, order == Order::Rising ? 1 : threads, task, context);
-    if (count < 2 || threads < 2) return list.Work();
+    const auto runOwn = [&] {
+        if (own != nullptr) own(context);
+    };
+    if (threads < 2 || count + (own != nullptr ? 1 : 0) < 2) {
+        runOwn();
+        return list.Work();
+    }
     const std::scoped_lock lock(crew.lock);
-    crew.helpers.Run(list, static_cast<int>(threads) - 1);
+    crew.helpers.Run(list, static_cast<int>(threads) - 1, runOwn);
 }
 
 }  // namespace kaldra

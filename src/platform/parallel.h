@@ -23,8 +23,10 @@ using Task = void (*)(const void* context, std::size_t number);
 // In which order tasks start: by their numbers, or each thread with those that it also ran in the last such call.
 enum class Order { Rising, ByThread };
 
-// Runs task(context, 0) .. task(context, count - 1) and returns when all have ended.
-void RunTaskList(std::size_t count, Order order, Task task, const void* context);
+// Runs task(context, 0) .. task(context, count - 1) and returns when all have ended. `own`, where there is one, the
+// caller runs once before it takes part; it gets the same context.
+void RunTaskList(std::size_t count, Order order, Task task, const void* context,
+                 void (*own)(const void* context) = nullptr);
 
 // The same for anything that can be called with a number.
 template <class Work>
@@ -34,14 +36,38 @@ void RunTasks(std::size_t count, const Work& work, Order order = Order::Rising) 
         &work);
 }
 
-// Cuts `total` items into tasks of `grain` and runs work(first, end) for each; none may wait for another.
+// A number of items, cut into chunks of `grain`, and what is done for each.
+template <class Work>
+struct Chunks {
+    std::size_t total, grain;
+    const Work& work;
+
+    [[nodiscard]] std::size_t Count() const { return (total + grain - 1) / grain; }
+    static void Run(const void* context, std::size_t number) {
+        const Chunks& chunks = *static_cast<const Chunks*>(context);
+        const std::size_t first = number * chunks.grain;
+        const std::size_t end = first + chunks.grain;
+        chunks.work(first, end < chunks.total ? end : chunks.total);
+    }
+};
+
+// Runs work(first, end) for pieces of `grain` of `total` items; none may wait for another.
 template <class Work>
 void RunChunks(std::size_t total, std::size_t grain, const Work& work) {
-    const auto chunk = [&](std::size_t number) {
-        const std::size_t first = number * grain;
-        work(first, first + grain < total ? first + grain : total);
+    const Chunks<Work> chunks{total, grain, work};
+    RunTaskList(chunks.Count(), Order::ByThread, Chunks<Work>::Run, &chunks);
+}
+
+// The same, and meanwhile own() by the caller.
+template <class Own, class Work>
+void RunChunksBeside(const Own& own, std::size_t total, std::size_t grain, const Work& work) {
+    struct Both : Chunks<Work> {
+        const Own& own;
     };
-    RunTasks((total + grain - 1) / grain, chunk, Order::ByThread);
+    const Both both{{total, grain, work}, own};
+    RunTaskList(
+        both.Count(), Order::ByThread, Chunks<Work>::Run, static_cast<const Chunks<Work>*>(&both),
+        [](const void* context) { static_cast<const Both*>(static_cast<const Chunks<Work>*>(context))->own(); });
 }
 
 // Waits a moment for another thread that is about to be done: busily at first, then leaving it the processor.

@@ -17,9 +17,9 @@ std::array<std::string, 5> CommonHeader() {
             FormatText("%d   %+12.4E  = Step Number, Elapsed time", step, ElapsedTime(step))};
 }
 
-char* RowRoom() {
-    static std::array<char, rowRoomBytes> room;
-    return room.data();
+RowRoom& TheRowRoom() {
+    static RowRoom room;
+    return room;
 }
 
 }  // namespace kaldra

@@ -44,11 +44,17 @@ template <class WriteRows>
 
 inline char* PutLineEnd(char* out) { return out + lineEnd.copy(out, lineEnd.size()); }
 
-// Where rows are put before they are written, by all threads, each chunk at its own place: small enough for the cache,
-// and there for the whole process, since new memory for every file would cost more than its rows.
+// Where rows are put by all threads, each chunk at its own place, before they are joined and written: small enough for
+// the cache, and there for the whole process, since new memory for every file would cost more than its rows.
 inline constexpr std::size_t rowRoomBytes = 512U << 10U;
 inline constexpr std::size_t mostChunks = 64;
-[[nodiscard]] char* RowRoom();
+
+struct RowRoom {
+    std::array<char, rowRoomBytes> rows;
+    std::array<char, rowRoomBytes> joined;
+};
+
+[[nodiscard]] RowRoom& TheRowRoom();
 
 // Number of a record in a row of a result file.
 [[nodiscard]] inline std::int32_t RowNumber(std::size_t index) { return static_cast<std::int32_t>(index) + 1; }
@@ -61,19 +67,24 @@ template <class PutItem>
     assert(longest > 0 && longest <= rowRoomBytes / mostChunks);
     const std::size_t grain = rowRoomBytes / mostChunks / longest;
     const std::size_t fitting = grain * mostChunks;
-    for (std::size_t first = 0; first < count; first += fitting) {
+    RowRoom& room = TheRowRoom();
+    std::string_view unwritten;  // of the round before: the caller writes it while this one is put
+    bool written = true;
+    const auto write = [&] { written = WriteBufferedLines(file, unwritten) == 1; };
+    for (std::size_t first = 0; first < count && written; first += fitting) {
         std::array<std::string_view, mostChunks> chunks;
-        RunChunks(std::min(fitting, count - first), grain, [&](std::size_t begin, std::size_t end) {
-            char* const start = RowRoom() + begin * longest;
+        RunChunksBeside(write, std::min(fitting, count - first), grain, [&](std::size_t begin, std::size_t end) {
+            char* const start = room.rows.data() + begin * longest;
             char* at = start;
             for (std::size_t i = begin; i < end; ++i) at = putItem(at, first + i);
             chunks[begin / grain] = {start, at};
         });
-        for (const std::string_view chunk : chunks) {
-            if (WriteBufferedLines(file, chunk) != 1) return false;
-        }
+        char* joined = room.joined.data();
+        for (const std::string_view chunk : chunks) joined += chunk.copy(joined, chunk.size());
+        unwritten = {room.joined.data(), joined};
     }
-    return true;
+    if (written) write();
+    return written;
 }
 
 // Writes `count` rows: putRow(out, row) fills in the format's numbers and gives the place behind.

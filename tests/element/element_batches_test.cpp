@@ -23,7 +23,7 @@ protected:
         std::vector<std::string> points;
         for (int i = 0; i < count; ++i) {
             const double part = i / (count - 1.0);
-            points.push_back(FormatText("%g %g", 8 * part - 4, 0.1 + 0.9 * part * part));
+            points.push_back(FormatText("%9.5f %9.5f", 8 * part - 4, 0.1 + 0.9 * part * part));
         }
         return points;
     }
