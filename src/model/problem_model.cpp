@@ -1,6 +1,7 @@
 #include "model/problem_model.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 #include "convergence/graph_memory.h"
@@ -23,6 +24,7 @@ struct BatchPoints {
 };
 
 static BatchPoints BatchPointsOf(std::size_t e) {
+    assert(model.batches.placeOfElement[e] >= 0);
     const auto place = static_cast<std::size_t>(model.batches.placeOfElement[e]);
     const std::size_t batch = place / laneCount;
     const ElementKind& kind = model.batches.kinds[model.batches.kindOfBatch[batch]];

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "element/assembly.h"
 #include "element/element_batches.h"
 #include "functions/function_value.h"
 #include "model/file_names.h"
@@ -194,6 +195,7 @@ std::string CauseText(const HeatBalance& balance, const std::vector<std::int32_t
 }  // namespace
 
 int AddStepBalance(HeatBalance& balance) {
+    if (runState.saveStep != 1 && !ComputeNodalFlows()) return IsRunning() == 0;  // saved steps have formed them
     if (balance.steps.empty() && !FindGivenByFunction(balance)) return 0;
     StepBalance step;
     step.step = runState.currentStep;

@@ -60,10 +60,9 @@ namespace kaldra {
     return IsRunning();
 }
 
-// The nodal flows are formed for every step, the files for saved ones.
 [[nodiscard]] static int EndStep() {
-    if (!ComputeNodalFlows()) return 0;
     if (runState.saveStep == 1) {
+        if (!ComputeNodalFlows()) return 0;
         if (!IsRunning() || !WriteGradientResults()) return 0;
         if (!IsRunning() || !ComputeFluxResults()) return 0;
         if (!IsRunning() || !WriteNodeResults()) return 0;

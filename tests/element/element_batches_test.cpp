@@ -95,8 +95,8 @@ protected:
     static AtPoints PointTables() {
         AtPoints tables;
         for (std::size_t e = 0; e < static_cast<std::size_t>(model.elementCount); ++e) {
-            const PointRuns runs = PointResultsOf(e);
             for (std::size_t point = 0; point < PointCount(e); ++point) {
+                const PointRuns runs = PointResultsOf(e);
                 for (const PointRun& run :
                      {runs.conductivity, runs.temperature, runs.waterContent, runs.waterSlope, runs.heatCapacity}) {
                     tables.record.push_back(run[point]);
