@@ -366,15 +366,14 @@ int FormElementMatrices(bool& changed) {
     return 1;
 }
 
-void CopyShape(std::size_t e, std::size_t point, PointShape& at) {
+PointShape ShapeAtPoint(std::size_t e, std::size_t point) {
     const ElementBatches& b = model.batches;
     const auto place = static_cast<std::size_t>(b.placeOfElement[e]);
     const std::size_t batch = place / laneCount;
     const ElementKind& kind = b.kinds[b.kindOfBatch[batch]];
     const float* const shape = b.shapes.data() + kind.firstShape + BatchInKind(kind, batch) * kind.ShapesPerBatch() +
                                point * (2 * kind.slots + 2) * laneCount + place % laneCount;
-    at.N.fill(0);
-    at.B.fill(0);
+    PointShape at{};
     for (std::size_t j = 0; j < kind.slots; ++j) {
         at.N[kind.slot[j]] = kind.N[point][j];
         at.B[kind.slot[j]] = shape[j * laneCount];
@@ -382,15 +381,15 @@ void CopyShape(std::size_t e, std::size_t point, PointShape& at) {
     }
     at.weight = shape[2 * kind.slots * laneCount];
     at.depth = shape[(2 * kind.slots + 1) * laneCount];
+    return at;
 }
 
 void RecordedElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap) {
     K.fill(0);
     Cap.fill(0);
     for (std::size_t i = 0; i < PointCount(e); ++i) {
-        PointShape at;
+        const PointShape at = ShapeAtPoint(e, i);
         Conductivity D;
-        CopyShape(e, i, at);
         StoredConductivityAtPoint(D, e, i);
         AddConduction(K, at, D);
         if (model.analysisType == transient) AddCapacity(Cap, at, PointResultsOf(e).heatCapacity[i]);

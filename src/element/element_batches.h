@@ -30,8 +30,8 @@ namespace kaldra {
 // when Stop was pressed.
 [[nodiscard]] int FormElementMatrices(bool& changed);
 
-// Copies the shape at a point of an active element.
-void CopyShape(std::size_t e, std::size_t point, PointShape& at);
+// The shape at a point of an active element.
+[[nodiscard]] PointShape ShapeAtPoint(std::size_t e, std::size_t point);
 
 // Forms the matrices of an active element like ComputeElementMatrices, from what is recorded at its points.
 void RecordedElementMatrices(std::size_t e, ElementMatrix& K, ElementMatrix& Cap);

@@ -98,8 +98,7 @@ void AddScaled(Stored& sum, const Stored& change, double volume) {
 Stored ElementChange(std::size_t e) {
     Stored sum;
     for (std::size_t i = 0; i < PointCount(e); ++i) {
-        PointShape at;
-        CopyShape(e, i, at);
+        const PointShape at = ShapeAtPoint(e, i);
         AddScaled(sum, ChangeAt(e, i, at.N), static_cast<double>(at.weight) * static_cast<double>(at.depth));
     }
     return sum;

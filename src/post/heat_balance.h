@@ -42,7 +42,8 @@ struct HeatBalance {
     std::vector<bool> givenByFunction;  // per node
 };
 
-// Adds the step under way, which has just ended; a Stop leaves it out. Gives 1, or 0 after message 1138. Calculation thread, on StepDone.
+// Adds the step under way, which has just ended; a Stop leaves it out. Gives 1, or 0 after message 1138. Calculation
+// thread, on StepDone.
 [[nodiscard]] int AddStepBalance(HeatBalance& balance);
 
 // All steps together; `step` and `elapsed` are those of the last one.

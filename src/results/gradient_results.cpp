@@ -25,10 +25,9 @@ void ComputeElement(std::size_t e, ElementGradients& values) {
     const std::size_t points = PointCount(e);
     const SlotValues temperature = SlotTemperatures(element, &NodeState::temperature);
     for (std::size_t i = 0; i < points; ++i) {
-        PointShape at;
+        const PointShape at = ShapeAtPoint(e, i);
         SlotGradients conducted;
         Conductivity D;
-        CopyShape(e, i, at);
         StoredConductivityAtPoint(D, e, i);
         MatMul(conducted.data(), D.data(), at.B.data(), 2, 2, slotCount);
         std::array<float, 2> gradient;
