@@ -171,15 +171,6 @@ private Q_SLOTS:
     void ChecksInitialConditions_data() {
         QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("message");  // empty: accepted
-        QTest::newRow("no such file") << "none.t05"
-                                      << "File does not exist.";
-        QTest::newRow("extension") << "case.tx"
-                                   << "This initial conditions file has an invalid extension.\nSelect a different "
-                                      "initial conditions file.";
-        QTest::newRow("step") << "case.t01"
-                              << "The initial conditions file time step number must be one less than the starting "
-                                 "time step number.\nSelect a different initial conditions file or change the "
-                                 "starting time step.";
         QTest::newRow("time") << "case.t02"
                               << "This initial conditions file contains results for an incorrect elapsed time."
                                  "\nSelect a different initial conditions file or re-analyze your problem.";

@@ -154,33 +154,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("message");
         const QString number = "Data value must be a positive integer.";
         const QString order = "Ending Iteration must be greater than Starting Iteration.";
-        QTest::newRow("start is empty") << ""
-                                        << "x"
-                                        << "x" << 201 << number;
-        QTest::newRow("start is no number") << "1.5"
-                                            << "3"
-                                            << "1" << 201 << number;
-        QTest::newRow("start is negative") << "-1"
-                                           << "3"
-                                           << "1" << 201 << number;
-        QTest::newRow("end comes before a start of 0") << "0"
-                                                       << "x"
-                                                       << "1" << 152 << number;
-        QTest::newRow("start is 0") << "0"
-                                    << "0"
-                                    << "x" << 201 << "Starting Iteration must be greater than 0.";
-        QTest::newRow("order comes before the interval") << "2"
-                                                         << "2"
-                                                         << "x" << 152 << order;
-        QTest::newRow("interval is no number") << "1"
-                                               << "2"
-                                               << "x" << 183 << number;
-        QTest::newRow("interval is 0") << "1"
-                                       << "2"
-                                       << "0" << 183 << number;
-        QTest::newRow("right") << "2"
-                               << "3"
-                               << "2" << 0 << "";
+        // clang-format off
+        QTest::newRow("start is empty") << "" << "x" << "x" << 201 << number;
+        QTest::newRow("end is not behind the start") << "2" << "2" << "x" << 152 << order;
+        QTest::newRow("interval is 0") << "1" << "2" << "0" << 183 << number;
+        QTest::newRow("right") << "2" << "3" << "2" << 0 << "";
+        // clang-format on
     }
     void ChecksOptions() {
         QFETCH(QString, start);
