@@ -166,9 +166,9 @@ void SetThreadCount(int count) { crew.threads = count < 1 ? ProcessorCount() : c
 
 std::size_t ThreadNumber() { return threadNumber; }
 
-void RunTaskList(std::size_t count, Order order, Task task, const void* context, void (*own)(const void*)) {
+void RunTaskList(std::size_t count, TaskOrder order, Task task, const void* context, void (*own)(const void*)) {
     const auto threads = static_cast<std::size_t>(ThreadCount());
-    TaskList list(count, order == Order::Rising ? 1 : threads, task, context);
+    TaskList list(count, order == TaskOrder::Rising ? 1 : threads, task, context);
     const auto runOwn = [&] {
         if (own != nullptr) own(context);
     };

@@ -21,16 +21,16 @@ void SetThreadCount(int count);
 using Task = void (*)(const void* context, std::size_t number);
 
 // In which order tasks start: by their numbers, or each thread with those that it also ran in the last such call.
-enum class Order { Rising, ByThread };
+enum class TaskOrder { Rising, ByThread };
 
 // Runs task(context, 0) .. task(context, count - 1) and returns when all have ended. `own`, where there is one, the
 // caller runs once before it takes part; it gets the same context.
-void RunTaskList(std::size_t count, Order order, Task task, const void* context,
+void RunTaskList(std::size_t count, TaskOrder order, Task task, const void* context,
                  void (*own)(const void* context) = nullptr);
 
 // The same for anything that can be called with a number.
 template <class Work>
-void RunTasks(std::size_t count, const Work& work, Order order = Order::Rising) {
+void RunTasks(std::size_t count, const Work& work, TaskOrder order = TaskOrder::Rising) {
     RunTaskList(
         count, order, [](const void* context, std::size_t number) { (*static_cast<const Work*>(context))(number); },
         &work);
@@ -55,7 +55,7 @@ struct Chunks {
 template <class Work>
 void RunChunks(std::size_t total, std::size_t grain, const Work& work) {
     const Chunks<Work> chunks{total, grain, work};
-    RunTaskList(chunks.Count(), Order::ByThread, Chunks<Work>::Run, &chunks);
+    RunTaskList(chunks.Count(), TaskOrder::ByThread, Chunks<Work>::Run, &chunks);
 }
 
 // The same, and meanwhile own() by the caller.
@@ -66,7 +66,7 @@ void RunChunksBeside(const Own& own, std::size_t total, std::size_t grain, const
     };
     const Both both{{total, grain, work}, own};
     RunTaskList(
-        both.Count(), Order::ByThread, Chunks<Work>::Run, static_cast<const Chunks<Work>*>(&both),
+        both.Count(), TaskOrder::ByThread, Chunks<Work>::Run, static_cast<const Chunks<Work>*>(&both),
         [](const void* context) { static_cast<const Both*>(static_cast<const Chunks<Work>*>(context))->own(); });
 }
 

@@ -113,9 +113,7 @@ double Total(float heatFlux, float storage) { return static_cast<double>(heatFlu
 int ComputeFluxResults() {
     if (Sections() == 0) return 1;
     for (std::size_t s = 0; s < Sections(); ++s) {
-        for (FluxCrossing& crossing : model.fluxResults[s].crossings) {
-            ComputeCrossing(crossing);
-        }
+        for (FluxCrossing& crossing : model.fluxResults[s].crossings) ComputeCrossing(crossing);
     }
     for (std::size_t s = 0; s < Sections(); ++s) SumSection(model.fluxResults[s]);
     return WriteFluxResults();

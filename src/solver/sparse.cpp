@@ -354,7 +354,7 @@ template <class InSubtree, class InTop>
         const Subtree& subtree = t.subtrees[task];
         for (std::int32_t s = subtree.begin; s < subtree.end && IsRunning(); ++s) inSubtree(s, w);
     };
-    RunTasks(t.subtrees.size(), eliminate, Order::ByThread);
+    RunTasks(t.subtrees.size(), eliminate, TaskOrder::ByThread);
     for (const std::int32_t s : t.top) {
         if (!IsRunning()) return 0;
         inTop(s);
@@ -416,7 +416,7 @@ int SolveSparse(std::span<float> rhs) {
         const Subtree& subtree = t.subtrees[task];
         for (std::int32_t s = subtree.end; s-- > subtree.begin && IsRunning();) SolveBackward(s, By::OneThread);
     };
-    RunTasks(t.subtrees.size(), solve, Order::ByThread);
+    RunTasks(t.subtrees.size(), solve, TaskOrder::ByThread);
     if (!IsRunning()) return 0;
     RunChunks(own.size(), positionsPerTask, [&](std::size_t first, std::size_t end) {
         for (std::size_t i = first; i < end; ++i) {

@@ -19,7 +19,7 @@ protected:
 TEST_F(Parallel, EveryTaskRunsOnceAndIsAwaited) {
     for (const int threads : {1, 2, 5, 20, 2}) {
         SetThreadCount(threads);
-        for (const Order order : {Order::Rising, Order::ByThread}) {
+        for (const TaskOrder order : {TaskOrder::Rising, TaskOrder::ByThread}) {
             for (const std::size_t count : {0U, 1U, 2U, 7U, 1000U}) {
                 for (int round = 0; round < 30; ++round) {
                     std::vector<int> runs(count);  // written without a lock: each by one task
