@@ -1,7 +1,8 @@
-// Digests of the standard's examples, of lengths around the block, and of a file.
+// Digests of the standard's examples, of lengths around the block, and of a file, by either kind of processor.
 
 #include "platform/sha256.h"
 
+#include "platform/processor.h"
 #include "support/kaldra_test.h"
 
 namespace kaldra {
@@ -19,9 +20,12 @@ TEST_F(Sha256s, KnownDigests) {
         {std::string(64, 'a'), "ffe054fe7ae0cb6dc65c3af9b61d5209f439851db43d0ba5997337df154668eb"},
         {std::string(1000000, 'a'), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"},
     };
-    for (const auto& [bytes, digest] : cases) {
-        EXPECT_EQ(Sha256(bytes), digest) << bytes.size();
-        EXPECT_EQ(Sha256OfFile(WriteFile("bytes", bytes)), digest) << bytes.size();
+    for (const ProcessorLevel level : {ProcessorLevel::Plain, ProcessorLevel::Avx512}) {
+        LimitProcessorLevel(level);
+        for (const auto& [bytes, digest] : cases) {
+            EXPECT_EQ(Sha256(bytes), digest) << bytes.size();
+            EXPECT_EQ(Sha256OfFile(WriteFile("bytes", bytes)), digest) << bytes.size();
+        }
     }
     EXPECT_EQ(Sha256OfFile(Path("none")), "");
 }
