@@ -54,7 +54,21 @@ struct LaneHints {
     std::size_t oldWater = 0;
 };
 
+// What the geometry of one batch of finite elements is computed from. The functions are those of the slots in use.
+struct LaneGeometry {
+    std::size_t slots, points;
+    const float (*N)[8];        // per point
+    const float (*dN)[2][8];    // per point: by r, by s
+    const float (*weights)[2];  // per point: of s, of r
+    const float* xy;            // [slot][x, y][lane]
+    const float* thickness;     // [lane]
+    bool axisymmetric;
+};
+
 struct BatchKernels {
+    // Computes the shapes of a batch, as in ElementBatches. Bit i is lane i: gives those with an area scale that is not
+    // positive.
+    unsigned (*map)(const LaneGeometry& batch, float* shapes);
     // Evaluates and records the values at the points. Gives whether a conductivity or a capacity is another than was
     // recorded.
     bool (*evaluate)(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, LaneHints& hints);

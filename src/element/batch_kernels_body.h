@@ -189,8 +189,8 @@ struct SlotTemperatures8 {
     Wide8 old[mostSlots];
 };
 
-template <std::size_t M>
-KALDRA_INLINE std::size_t SlotsOf(const LaneBatch& batch) {
+template <std::size_t M, class Batch>
+KALDRA_INLINE std::size_t SlotsOf(const Batch& batch) {
     return M != 0 ? M : batch.slots;
 }
 
@@ -307,6 +307,73 @@ bool EvaluateBatch(const LaneTables& tables, const LaneBatch& batch, const LaneS
         if (set.transient) changed |= EvaluateCapacity(batch, set, point, present, Narrow8(oldWide), hints);
     }
     return changed;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Geometry
+
+// Adds a product to a sum that is narrowed after every term.
+KALDRA_INLINE Real8 WithTerm(Real8 sum, Real8 a, Wide8 b) { return Narrow8(Widen(sum) + Widen(a) * b); }
+
+struct Mapping8 {
+    Real8 inverse[4];
+    Real8 determinant;
+};
+
+// The Jacobian of one point, inverted.
+template <std::size_t M>
+KALDRA_INLINE Mapping8 MapPoint(const LaneGeometry& batch, std::size_t point) {
+    const std::size_t m = SlotsOf<M>(batch);
+    Real8 J[4]{};
+    for (std::size_t j = 0; j < m; ++j) {
+        const Wide8 x = Widen(LoadReal(batch.xy + 2 * j * lanes));
+        const Wide8 y = Widen(LoadReal(batch.xy + (2 * j + 1) * lanes));
+        const Real8 byR = All(batch.dN[point][0][j]);
+        const Real8 byS = All(batch.dN[point][1][j]);
+        J[0] = WithTerm(J[0], byR, x);
+        J[1] = WithTerm(J[1], byR, y);
+        J[2] = WithTerm(J[2], byS, x);
+        J[3] = WithTerm(J[3], byS, y);
+    }
+    const Wide8 determinant = Widen(J[0]) * Widen(J[3]) - Widen(J[1]) * Widen(J[2]);
+    const Wide8 reciprocal = AllWide(1) / (determinant + AllWide(1e-20));
+    return {{Narrow8(reciprocal * Widen(J[3])), Narrow8(-reciprocal * Widen(J[1])), Narrow8(-reciprocal * Widen(J[2])),
+             Narrow8(reciprocal * Widen(J[0]))},
+            Narrow8(determinant)};
+}
+
+template <std::size_t M>
+KALDRA_INLINE Real8 DepthOf(const LaneGeometry& batch, std::size_t point) {
+    const Real8 thickness = LoadReal(batch.thickness);
+    if (!batch.axisymmetric) return thickness;
+    Wide8 radius{};
+    for (std::size_t j = 0; j < SlotsOf<M>(batch); ++j) {
+        radius += Widen(All(batch.N[point][j])) * Widen(LoadReal(batch.xy + 2 * j * lanes));
+    }
+    return Narrow8(radius * Widen(thickness));
+}
+
+template <std::size_t M>
+unsigned MapBatch(const LaneGeometry& batch, float* shapes) {
+    const std::size_t m = SlotsOf<M>(batch);
+    Mask8 sound = Mask8{} - 1;
+    for (std::size_t point = 0; point < batch.points; ++point) {
+        const Mapping8 at = MapPoint<M>(batch, point);
+        sound &= at.determinant > Real8{};
+        float* const shape = shapes + point * (2 * m + 2) * lanes;
+        for (std::size_t j = 0; j < m; ++j) {
+            const Wide8 byR = AllWide(static_cast<double>(batch.dN[point][0][j]));
+            const Wide8 byS = AllWide(static_cast<double>(batch.dN[point][1][j]));
+            StoreReal(shape + j * lanes, WithTerm(WithTerm(Real8{}, at.inverse[0], byR), at.inverse[1], byS));
+            StoreReal(shape + (m + j) * lanes, WithTerm(WithTerm(Real8{}, at.inverse[2], byR), at.inverse[3], byS));
+        }
+        const float* const weights = batch.weights[point];
+        const Wide8 weight =
+            Widen(at.determinant) * AllWide(static_cast<double>(weights[0])) * AllWide(static_cast<double>(weights[1]));
+        StoreReal(shape + 2 * m * lanes, Narrow8(weight));
+        StoreReal(shape + (2 * m + 1) * lanes, DepthOf<M>(batch, point));
+    }
+    return BitsOf(~sound);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -445,6 +512,8 @@ bool CrossBatch(const LaneTables& tables, const LaneBatch& batch, float freezing
             return procedure<0>(__VA_ARGS__); \
     }
 
+unsigned Map(const LaneGeometry& batch, float* shapes) { KALDRA_BY_SLOTS(MapBatch, batch, shapes) }
+
 bool Evaluate(const LaneTables& tables, const LaneBatch& batch, const LaneSettings& settings, LaneHints& hints) {
     KALDRA_BY_SLOTS(EvaluateBatch, tables, batch, settings, hints)
 }
@@ -464,7 +533,7 @@ bool Cross(const LaneTables& tables, const LaneBatch& batch, float freezingPoint
 
 }  // namespace
 
-const BatchKernels KALDRA_KERNELS{Evaluate, Form, Load, Cross};
+const BatchKernels KALDRA_KERNELS{Map, Evaluate, Form, Load, Cross};
 
 }  // namespace kaldra
 // NOLINTEND

@@ -154,18 +154,39 @@ void FillNodes(ElementBatches& b) {
 // ---------------------------------------------------------------------------------------------------------------------
 // Geometry
 
-using KindShapes = std::array<PointGeometry, largestRule>;  // N and dN of a kind's points
+// What all elements of a kind share.
+struct KindShapes {
+    RuleTable rule;
+    std::array<PointGeometry, largestRule> points;  // N and dN
+    float dN[largestRule][2][slotCount];            // of the slots in use
+    float weights[largestRule][2];
+};
+
+KindShapes ShapesOf(const ElementKind& kind, const ElementRec& element) {
+    KindShapes shapes;
+    GetIntegrationRule(shapes.rule, kind.points);
+    for (std::size_t i = 0; i < kind.points; ++i) {
+        const IntegrationPoint& point = shapes.rule[i];
+        PointGeometry& at = shapes.points[i];
+        ComputePointShape(element, point, at);
+        for (std::size_t j = 0; j < kind.slots; ++j) {
+            shapes.dN[i][0][j] = at.dN[kind.slot[j]];
+            shapes.dN[i][1][j] = at.dN[slotCount + kind.slot[j]];
+        }
+        shapes.weights[i][0] = point.ws;
+        shapes.weights[i][1] = point.wr;
+    }
+    return shapes;
+}
 
 // Geometry of one lane. False where the element has no area.
 [[nodiscard]] bool FillShape(const ElementKind& kind, const KindShapes& kindShapes, std::size_t e, float* shapes) {
     const ElementRec& element = model.elements[e];
     ElementCoordinates xy;
-    RuleTable rule;
     GetElementCoordinates(e, xy);
-    GetIntegrationRule(rule, kind.points);
     for (std::size_t i = 0; i < kind.points; ++i) {
-        PointGeometry at = kindShapes[i];
-        if (!ComputePointMapping(element, xy, rule[i], at)) return false;
+        PointGeometry at = kindShapes.points[i];
+        if (!ComputePointMapping(element, xy, kindShapes.rule[i], at)) return false;
         SlotGradients B;
         GlobalDerivatives(B, at.inverse, at.dN);
         float* const shape = shapes + i * (2 * kind.slots + 2) * laneCount;
@@ -173,7 +194,7 @@ using KindShapes = std::array<PointGeometry, largestRule>;  // N and dN of a kin
             shape[j * laneCount] = B[kind.slot[j]];
             shape[(kind.slots + j) * laneCount] = B[slotCount + kind.slot[j]];
         }
-        shape[2 * kind.slots * laneCount] = WeightOfPoint(rule[i], at.determinant);
+        shape[2 * kind.slots * laneCount] = WeightOfPoint(kindShapes.rule[i], at.determinant);
         shape[(2 * kind.slots + 1) * laneCount] = DepthAtPoint(element, xy, at);
     }
     return true;
@@ -183,25 +204,49 @@ bool LacksWaterContent(const ElementKind& kind) {
     return model.analysisType == transient && model.materials[kind.material].waterContentFunction == 0;
 }
 
+// Geometry of finite elements, side by side. Gives the lanes without an area.
+unsigned MapLanes(const ElementKind& kind, const KindShapes& kindShapes, const std::int32_t* elements,
+                  const std::int32_t* nodes, float* shapes) {
+    float xy[slotCount * 2 * laneCount];
+    float thickness[laneCount];
+    for (std::size_t lane = 0; lane < laneCount; ++lane) {
+        thickness[lane] = model.elements[static_cast<std::size_t>(elements[lane])].thickness;
+        for (std::size_t j = 0; j < kind.slots; ++j) {
+            const NodeRec& node = model.nodes[static_cast<std::size_t>(nodes[j * laneCount + lane])];
+            xy[2 * j * laneCount + lane] = node.x;
+            xy[(2 * j + 1) * laneCount + lane] = node.y;
+        }
+    }
+    const bool axisymmetric = model.problemView == viewAxisymmetric;
+    const LaneGeometry geometry{kind.slots,    kind.points,        reinterpret_cast<const float(*)[8]>(kind.N.data()),
+                                kindShapes.dN, kindShapes.weights, xy,
+                                thickness,     axisymmetric};
+    return ChosenBatchKernels().map(geometry, shapes);
+}
+
 // Geometry of a batch. Gives the index of its first faulty element, or the number of elements.
 std::size_t FillShapes(ElementBatches& b, const KindShapes& kindShapes, std::size_t batch) {
     const ElementKind& kind = b.kinds[b.kindOfBatch[batch]];
-    float* const shapes = b.shapes.data() + kind.firstShape + BatchInKind(kind, batch) * kind.ShapesPerBatch();
+    const std::size_t inKind = BatchInKind(kind, batch);
+    float* const shapes = b.shapes.data() + kind.firstShape + inKind * kind.ShapesPerBatch();
+    const std::int32_t* const elements = b.element.data() + batch * laneCount;
+    const auto element = [elements](std::size_t lane) { return static_cast<std::size_t>(elements[lane]); };
+    unsigned faultyLanes = 0;
+    if (std::any_of(elements, elements + laneCount,
+                    [](auto e) { return IsInfinite(model.elements[std::size_t(e)]); })) {
+        for (std::size_t lane = 0; lane < laneCount; ++lane) {
+            if (!FillShape(kind, kindShapes, element(lane), shapes + lane)) faultyLanes |= 1U << lane;
+        }
+    } else {
+        const std::int32_t* const nodes = b.nodes.data() + kind.firstLoad + inKind * kind.LoadsPerBatch();
+        faultyLanes = MapLanes(kind, kindShapes, elements, nodes, shapes);
+    }
+    if (LacksWaterContent(kind)) faultyLanes = ~0U;
     std::size_t faulty = Elements();
     for (std::size_t lane = 0; lane < laneCount; ++lane) {
-        const auto e = static_cast<std::size_t>(b.element[batch * laneCount + lane]);
-        const bool sound = FillShape(kind, kindShapes, e, shapes + lane) && !LacksWaterContent(kind);
-        if (!sound) faulty = std::min(faulty, e);
+        if ((faultyLanes >> lane & 1) != 0) faulty = std::min(faulty, element(lane));
     }
     return faulty;
-}
-
-KindShapes ShapesOf(const ElementKind& kind, const ElementRec& element) {
-    KindShapes shapes;
-    RuleTable rule;
-    GetIntegrationRule(rule, kind.points);
-    for (std::size_t i = 0; i < kind.points; ++i) ComputePointShape(element, rule[i], shapes[i]);
-    return shapes;
 }
 
 constexpr std::size_t batchesPerTask = 4;

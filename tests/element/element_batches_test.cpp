@@ -175,6 +175,7 @@ TEST_F(ElementBatchesTest, GiveTheBitsOfThePlainProcedures) {
             for (const auto level : {ProcessorLevel::Plain, ProcessorLevel::Avx2, ProcessorLevel::Avx512}) {
                 LimitProcessorLevel(level);
                 SetThreadCount(level == ProcessorLevel::Plain ? 1 : 2);
+                ASSERT_EQ(FillElementBatches(), 1);
                 SetPhases();
                 ++model.switchedVersion;
                 std::ranges::fill(model.PointResults, -1.0F);
