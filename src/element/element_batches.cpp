@@ -253,9 +253,9 @@ constexpr std::size_t batchesPerTask = 4;
 
 // Runs work(kind, first, end) over all batches of active elements, those of different kinds apart, and stops early when
 // Stop was pressed.
-template <class Own, class Work>
-void OverBatchesBeside(const Own& own, const ElementBatches& b, const Work& work) {
-    RunChunksBeside(own, b.kindOfBatch.size(), batchesPerTask, [&](std::size_t first, std::size_t end) {
+template <class Work>
+void OverBatches(const ElementBatches& b, const Work& work) {
+    RunChunks(b.kindOfBatch.size(), batchesPerTask, [&](std::size_t first, std::size_t end) {
         while (first < end && IsRunning()) {
             const ElementKind& kind = b.kinds[b.kindOfBatch[first]];
             const std::size_t last = std::min(end, kind.firstBatch + kind.batchCount);
@@ -265,15 +265,9 @@ void OverBatchesBeside(const Own& own, const ElementBatches& b, const Work& work
     });
 }
 
-template <class Work>
-void OverBatches(const ElementBatches& b, const Work& work) {
-    OverBatchesBeside([] {}, b, work);
-}
-
-template <class Own>
-void FillAllBatches(const Own& own, ElementBatches& b) {
+void FillAllBatches(ElementBatches& b) {
     std::atomic<std::size_t> faulty{Elements()};
-    OverBatchesBeside(own, b, [&](const ElementKind& kind, std::size_t first, std::size_t end) {
+    OverBatches(b, [&](const ElementKind& kind, std::size_t first, std::size_t end) {
         const auto representative = static_cast<std::size_t>(b.element[kind.firstBatch * laneCount]);
         const KindShapes kindShapes = ShapesOf(kind, model.elements[representative]);
         for (std::size_t batch = first; batch < end; ++batch) {
@@ -311,11 +305,10 @@ int SortElementsIntoBatches() {
     return 1;
 }
 
-int FillElementBatches(int (*beside)()) {
+int FillElementBatches() {
     if (!MakeFunctions(model.batches)) return 0;
-    int done = 1;
-    FillAllBatches([&] { done = beside == nullptr || beside(); }, model.batches);
-    return done && IsRunning();
+    FillAllBatches(model.batches);
+    return IsRunning();
 }
 
 int CheckElementBatches() {

@@ -17,9 +17,8 @@ namespace kaldra {
 [[nodiscard]] int SortElementsIntoBatches();
 
 // Computes the geometry of all batches and takes over the functions. An element that cannot be integrated is noted for
-// the first assembly. Meanwhile the caller runs `beside`, which gives 1, or 0 after a message, and needs no geometry.
-// Gives 1; 0 after message 1138 or when `beside` gave 0, or without a message when Stop was pressed.
-[[nodiscard]] int FillElementBatches(int (*beside)() = nullptr);
+// the first assembly. Gives 1; 0 after message 1138, or without a message when Stop was pressed.
+[[nodiscard]] int FillElementBatches();
 
 // Shows what is wrong with the first faulty element: the box of a zero or negative area (1194 ordinary, 1196 infinite)
 // or message 1156. Gives 1 when there is none.

@@ -1,7 +1,7 @@
 #include "element/system_matrix.h"
 
 #include <algorithm>
-#include <limits>
+#include <atomic>
 #include <span>
 
 #include "model/problem_model.h"
@@ -110,23 +110,80 @@ private:
     }
 };
 
-[[nodiscard]] int AddColumn(SystemMatrix& s, const ColumnTerms& column, std::size_t j) {
-    std::int32_t row = -1;
-    for (const Term& term : column.terms) {
-        if (term.row != row) {
-            row = term.row;
-            if (!AppendRecord(s.row, row)) return 0;
-            if (!AppendRecord(s.sourceStart, static_cast<std::int64_t>(s.source.size()))) return 0;
+// The pattern of the columns of one task; places count from its own first ones.
+struct ColumnRange {
+    std::vector<std::int32_t> row;
+    std::vector<std::int64_t> sourceStart;
+    std::vector<std::int32_t> source;
+    std::size_t firstRow = 0;  // in the whole
+    std::size_t firstSource = 0;
+
+    // Gives the number of rows so far.
+    std::size_t Add(std::size_t j, const ColumnTerms& column) {
+        std::int32_t last = -1;
+        for (const Term& term : column.terms) {
+            if (term.row != last) AddRow(last = term.row);
+            source.push_back(term.source);
         }
-        if (!AppendRecord(s.source, term.source)) return 0;
+        const bool active = model.EquationCode[j] != equationInactive;
+        const auto diagonal = static_cast<std::int32_t>(j);
+        if (active && last != diagonal) AddRow(diagonal);  // elements without points leave an empty one
+        return row.size();
     }
-    const bool active = model.EquationCode[j] != equationInactive;
-    if (active && row != static_cast<std::int32_t>(j)) {  // elements without points leave an empty diagonal
-        if (!AppendRecord(s.row, static_cast<std::int32_t>(j))) return 0;
-        if (!AppendRecord(s.sourceStart, static_cast<std::int64_t>(s.source.size()))) return 0;
+    void PutInto(SystemMatrix& s) const {
+        std::ranges::copy(row, s.row.begin() + static_cast<std::ptrdiff_t>(firstRow));
+        std::ranges::copy(source, s.source.begin() + static_cast<std::ptrdiff_t>(firstSource));
+        std::ranges::transform(sourceStart, s.sourceStart.begin() + static_cast<std::ptrdiff_t>(firstRow),
+                               [this](std::int64_t start) { return start + static_cast<std::int64_t>(firstSource); });
     }
-    s.columnStart[j + 1] = static_cast<std::int64_t>(s.row.size());
-    return 1;
+
+private:
+    void AddRow(std::int32_t number) {
+        row.push_back(number);
+        sourceStart.push_back(static_cast<std::int64_t>(source.size()));
+    }
+};
+
+constexpr std::size_t columnsPerTask = 512;
+
+// Columns are built in ranges by all threads; columnStart counts from the first one of a range for now.
+[[nodiscard]] int BuildColumns(SystemMatrix& s, const std::vector<std::int64_t>& places,
+                               std::vector<ColumnRange>& ranges) {
+    std::atomic<bool> fits{true};
+    RunChunks(Nodes(), columnsPerTask, [&](std::size_t first, std::size_t end) {
+        ColumnRange& range = ranges[first / columnsPerTask];
+        const bool done = TryMemory(columnsPerTask * 10 * sizeof(Term), [&] {
+            ColumnTerms column;
+            for (std::size_t j = first; j < end && IsRunning(); ++j) {
+                column.Collect(s, places, j);
+                s.columnStart[j + 1] = static_cast<std::int64_t>(range.Add(j, column));
+            }
+        });
+        if (!done) fits = false;
+    });
+    if (!fits) return ShowOutOfMemory();
+    return IsRunning();
+}
+
+// Puts the ranges behind each other.
+[[nodiscard]] int JoinColumns(SystemMatrix& s, std::vector<ColumnRange>& ranges) {
+    std::size_t rows = 0;
+    std::size_t sources = 0;
+    for (ColumnRange& range : ranges) {
+        range.firstRow = rows;
+        range.firstSource = sources;
+        rows += range.row.size();
+        sources += range.source.size();
+    }
+    if (!MakeTable(s.row, rows) || !MakeTable(s.sourceStart, rows + 1) || !MakeTable(s.source, sources)) return 0;
+    s.sourceStart[rows] = static_cast<std::int64_t>(sources);
+    RunChunks(Nodes(), columnsPerTask, [&](std::size_t first, std::size_t end) {
+        ColumnRange& range = ranges[first / columnsPerTask];
+        for (std::size_t j = first; j < end; ++j) s.columnStart[j + 1] += static_cast<std::int64_t>(range.firstRow);
+        range.PutInto(s);
+        range = ColumnRange();
+    });
+    return MakeTable(s.value, rows);
 }
 
 }  // namespace
@@ -135,19 +192,10 @@ int BuildSystemMatrix() {
     model.system = SystemMatrix();
     SystemMatrix& s = model.system;
     std::vector<std::int64_t> places;
+    std::vector<ColumnRange> ranges;
     if (!ListElementsOfNodes(s, places) || !MakeTable(s.columnStart, Nodes() + 1)) return 0;
-    // Four-node elements have five entries a column and two element entries in each.
-    if (!ReserveTable(s.row, 5 * Nodes()) || !ReserveTable(s.sourceStart, 5 * Nodes() + 1)) return 0;
-    if (!ReserveTable(s.source, 10 * Nodes())) return 0;
-    ColumnTerms column;
-    for (std::size_t j = 0; j < Nodes(); ++j) {
-        if (!IsRunning()) return 0;
-        const bool fits = TryMemory(sizeof(Term), [&] { column.Collect(s, places, j); });
-        if (!fits) return ShowOutOfMemory();
-        if (!AddColumn(s, column, j)) return 0;
-    }
-    if (!AppendRecord(s.sourceStart, static_cast<std::int64_t>(s.source.size()))) return 0;
-    return MakeTable(s.value, s.row.size());
+    if (!MakeTable(ranges, (Nodes() + columnsPerTask - 1) / columnsPerTask)) return 0;
+    return BuildColumns(s, places, ranges) && JoinColumns(s, ranges);
 }
 
 void SumMatrixEntries() {

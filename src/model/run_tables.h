@@ -91,14 +91,14 @@ struct ElementBatches {
 // the rows rising, so that the diagonal is the last of its column. An equation of no active element has no column.
 struct SystemMatrix {
     std::vector<std::int64_t> columnStart;  // nodeCount + 1
-    std::vector<std::int32_t> row;
-    std::vector<double> value;
+    LargeTable<std::int32_t> row;
+    LargeTable<double> value;
     // Where the values come from: element entries, in the order in which they are added.
-    std::vector<std::int64_t> sourceStart;  // per value, and one behind the last
-    std::vector<std::int32_t> source;       // in ElementBatches.entries
-    std::vector<std::int64_t> loadStart;    // per node, and one behind the last
-    std::vector<std::int32_t> load;         // in ElementBatches.loads
-    std::uint64_t version = 0;              // changes whenever a value may have changed
+    LargeTable<std::int64_t> sourceStart;  // per value, and one behind the last
+    LargeTable<std::int32_t> source;       // in ElementBatches.entries
+    std::vector<std::int64_t> loadStart;   // per node, and one behind the last
+    std::vector<std::int32_t> load;        // in ElementBatches.loads
+    std::uint64_t version = 0;             // changes whenever a value may have changed
 
     // The entries between a free and a prescribed equation, in the order in which they move to the right-hand side, and
     // the codes that they are listed for.

@@ -19,7 +19,7 @@ namespace kaldra {
 int PrepareTables() {
     const std::size_t points = model.batches.pointPlaces;
     if (!MakeTable(model.SlopeFloor, points) || !MakeTable(model.PhaseState, points)) return 0;
-    if (!FillElementBatches(BuildSystemMatrix) || !PrepareSolution()) return 0;
+    if (!FillElementBatches() || !BuildSystemMatrix() || !PrepareSolution()) return 0;
     if (!IsRunning()) return 0;
     if (!FindBoundaryElements() || !BuildFluxCrossings()) return 0;
     if (model.problemView == viewPlan && !ComputeNodalAreas()) return 0;
