@@ -19,8 +19,9 @@ struct Library {
     SetThreads setThreads = nullptr;
 
     Library() {
-        // In a virtual machine the library may take the processor for an older one; it can be told better.
-        if (__builtin_cpu_supports("avx512f")) setenv("OPENBLAS_CORETYPE", "SkylakeX", 0);
+        // In a virtual machine the library may take the processor for an older one, and the environment may ask it to:
+        // a yardstick of half the vector width would flatter us.
+        if (__builtin_cpu_supports("avx512f")) setenv("OPENBLAS_CORETYPE", "SkylakeX", 1);
         void* const handle = dlopen("libopenblas.so.0", RTLD_NOW);
         if (handle == nullptr) return;
         dgemm = reinterpret_cast<DgemmFunction>(dlsym(handle, "cblas_dgemm"));
