@@ -179,7 +179,7 @@ KindShapes ShapesOf(const ElementKind& kind, const ElementRec& element) {
     return shapes;
 }
 
-// Geometry of one lane. False where the element has no area.
+// Geometry of one lane, for batches that hold an infinite element. False where the element has no area.
 [[nodiscard]] bool FillShape(const ElementKind& kind, const KindShapes& kindShapes, std::size_t e, float* shapes) {
     const ElementRec& element = model.elements[e];
     ElementCoordinates xy;

@@ -118,6 +118,15 @@ struct ColumnRange {
     std::size_t firstRow = 0;  // in the whole
     std::size_t firstSource = 0;
 
+    // A column of four-node elements has sixteen terms at the most: ten of them in five rows.
+    static constexpr std::size_t termsPerRow = 2;
+    static constexpr std::size_t bytesPerTerm =
+        sizeof(std::int32_t) + (sizeof(std::int32_t) + sizeof(std::int64_t)) / termsPerRow;
+    void Reserve(std::size_t terms) {
+        source.reserve(terms);
+        row.reserve(terms / termsPerRow);
+        sourceStart.reserve(terms / termsPerRow);
+    }
     // Gives the number of rows so far.
     std::size_t Add(std::size_t j, const ColumnTerms& column) {
         std::int32_t last = -1;
@@ -146,13 +155,25 @@ private:
 
 constexpr std::size_t columnsPerTask = 512;
 
+// No column has more terms than the elements of its node have slots.
+std::size_t MostTerms(const SystemMatrix& s, const std::vector<std::int64_t>& places, std::size_t first,
+                      std::size_t end) {
+    std::size_t most = 0;
+    for (auto p = s.loadStart[first]; p < s.loadStart[end]; ++p) {
+        most += PlaceOf(static_cast<std::size_t>(places[static_cast<std::size_t>(p)])).kind->slots;
+    }
+    return most;
+}
+
 // Columns are built in ranges by all threads; columnStart counts from the first one of a range for now.
 [[nodiscard]] int BuildColumns(SystemMatrix& s, const std::vector<std::int64_t>& places,
                                std::vector<ColumnRange>& ranges) {
     std::atomic<bool> fits{true};
     RunChunks(Nodes(), columnsPerTask, [&](std::size_t first, std::size_t end) {
         ColumnRange& range = ranges[first / columnsPerTask];
-        const bool done = TryMemory(columnsPerTask * 10 * sizeof(Term), [&] {
+        const std::size_t most = MostTerms(s, places, first, end);
+        const bool done = TryMemory(most * ColumnRange::bytesPerTerm, [&] {
+            range.Reserve(most);
             ColumnTerms column;
             for (std::size_t j = first; j < end && IsRunning(); ++j) {
                 column.Collect(s, places, j);

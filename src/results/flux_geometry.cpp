@@ -223,7 +223,7 @@ void SortNodes(FluxCrossing& crossing) {
 
 int BuildFluxCrossings() {
     const auto sections = static_cast<std::size_t>(model.fluxSectionCount);
-    for (std::size_t s = 0; s < sections; ++s) model.fluxResults[s].crossingCount = 0;
+    for (std::size_t s = 0; s < sections; ++s) model.fluxResults[s] = FluxResult();
     for (std::int32_t number = 1; number <= model.elementCount && sections > 0; ++number) {
         if (!IsRunning()) return 0;
         const Corners corners = CornersOf(model.elements[IndexOf(number)]);

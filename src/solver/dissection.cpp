@@ -64,33 +64,29 @@ struct Region {
     }
 };
 
-// Where a region is cut: below are the places with at[axis] < value, or <= value where `inclusive`.
+// A cut of a region.
 struct Cut {
-    float value = 0;
-    bool inclusive = false;
     std::uint8_t separator = 0;  // the mark of its places
     std::size_t low = 0;         // places of the low half and of the high one, without the separator
     std::size_t high = 0;
     double cost = -1;  // -1: there is no such cut
 };
 
-// The cut nearest to the middle that leaves something on either side; `low` is what is below it.
-Cut MiddleCut(std::span<const Place> region, std::size_t axis) {
-    Cut cut;
-    cut.value = region[region.size() / 2].at[axis];
+// How many places of a region are below the cut nearest to its middle that leaves something on either side; 0 if there
+// is none. Places that stand equally far are not parted.
+std::size_t BelowMiddle(std::span<const Place> region, std::size_t axis) {
+    const float middle = region[region.size() / 2].at[axis];
     const auto along = [axis](const Place& place) { return place.at[axis]; };
-    const auto below =
-        static_cast<std::size_t>(std::ranges::lower_bound(region, cut.value, {}, along) - region.begin());
-    const auto upTo = static_cast<std::size_t>(std::ranges::upper_bound(region, cut.value, {}, along) - region.begin());
+    const auto below = static_cast<std::size_t>(std::ranges::lower_bound(region, middle, {}, along) - region.begin());
+    const auto upTo = static_cast<std::size_t>(std::ranges::upper_bound(region, middle, {}, along) - region.begin());
     const std::size_t lesser = std::min(below, region.size() - below);
     const std::size_t lesserUpTo = std::min(upTo, region.size() - upTo);
-    cut.inclusive = lesserUpTo > lesser;
-    cut.low = cut.inclusive ? upTo : below;
-    if (lesser > 0 || lesserUpTo > 0) cut.cost = 0;
-    return cut;
+    if (lesser == 0 && lesserUpTo == 0) return 0;
+    return lesserUpTo > lesser ? upTo : below;
 }
 
-// Marks the halves of the region, and the equations of either that are coupled with the other.
+// Marks the halves of the region, of which the first has `low` places, and the equations of either that are coupled
+// with the other.
 void MarkHalves(std::span<const Place> region, std::size_t low, std::vector<std::uint8_t>& marks) {
     const SystemMatrix& m = model.system;
     for (const Place& place : region.first(low)) marks[EquationOf(place)] = lowHalf;
@@ -112,9 +108,10 @@ void MarkHalves(std::span<const Place> region, std::size_t low, std::vector<std:
 Cut FindCut(Workspace& w, const Region& region, std::size_t number) {
     Axis& axis = w.axes[number];
     const std::span<const Place> places = region.Of(axis.places);
-    Cut cut = MiddleCut(places, number);
-    if (cut.cost < 0) return cut;
-    MarkHalves(places, cut.low, axis.marks);
+    Cut cut;
+    const std::size_t below = BelowMiddle(places, number);
+    if (below == 0) return cut;
+    MarkHalves(places, below, axis.marks);
     std::array<std::size_t, 8> count{};  // by marks
     for (const Place& place : places) ++count[axis.marks[EquationOf(place)]];
     const std::size_t low = count[lowHalf | touched];

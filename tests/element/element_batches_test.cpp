@@ -40,7 +40,7 @@ protected:
                      FunctionRows(2, {"-1 1", "1 1"}), FunctionRows(3, Ascent(17)), FunctionRows(4, Ascent(18))};
         problem.materials = {"1 1 1 1.9 2.7 0.41", "2 2 2 1.5 1.6 0.1", "3 3 3 2.2 2.3 0.33", "4 4 4 2 2.5 0.2",
                              "5 0 0 1 1 0"};
-        for (int cell = 0; cell < 40; ++cell) {
+        for (int cell = 0; cell < 200; ++cell) {
             AddCell(problem, cell);
             if (cell % 9 == 8) problem.Element("1 2 3 0 0 0 0 0", cell % 2 == 0 ? 7 : 4, "1", 5);
         }
@@ -61,17 +61,17 @@ protected:
         struct Kind {
             std::array<int, 8> used;
             int points;
-            const char* rest;
+            std::array<const char*, 2> rest;
         };
-        static const Kind kinds[]{{{1, 1, 1, 1, 0, 0, 0, 0}, 4, "1.5"},
-                                  {{1, 1, 1, 1, 1, 1, 1, 1}, 9, "2"},
-                                  {{1, 1, 1, 0, 0, 0, 0, 0}, 3, "1"},
-                                  {{1, 1, 1, 1, 0, 0, 1, 0}, 9, "0.5"},
-                                  {{1, 1, 1, 1, 0, 1, 0, 0}, 4, "1 1 0"}};
+        static const Kind kinds[]{{{1, 1, 1, 1, 0, 0, 0, 0}, 4, {"1.5", "0.75"}},
+                                  {{1, 1, 1, 1, 1, 1, 1, 1}, 9, {"2", "1.5"}},
+                                  {{1, 1, 1, 0, 0, 0, 0, 0}, 3, {"1", "1"}},
+                                  {{1, 1, 1, 1, 0, 0, 1, 0}, 9, {"0.5", "3"}},
+                                  {{1, 1, 1, 1, 0, 1, 0, 0}, 4, {"1.25", "1 1 0"}}};
         const Kind& kind = kinds[cell % 5];
         std::string slots;
         for (std::size_t i = 0; i < 8; ++i) slots += std::to_string(kind.used[i] != 0 ? node[i] : 0) + ' ';
-        problem.Element(slots, kind.points, kind.rest, 1 + cell % 4);
+        problem.Element(slots, kind.points, kind.rest[cell / 20 % 3 / 2], 1 + cell % 4);
     }
 
     static void SetTemperatures(double shift) {
