@@ -13,7 +13,7 @@ namespace kaldra {
 
 static std::string_view UpToFirstDot(std::string_view path) { return path.substr(0, path.find('.')); }
 
-static bool WriteInitialRows(File& file) {
+static RowsEnd WriteInitialRows(File& file) {
     static constexpr RowFormat format("%5d %+14.6E %+14.6E %+14.6E ");
     return WriteRows(file, static_cast<std::size_t>(model.nodeCount), format, [](char* out, std::size_t n) {
         const NodeState& state = model.nodeStates[n];

@@ -6,7 +6,7 @@
 
 namespace kaldra {
 
-static bool WriteNodeRows(File& file) {
+static RowsEnd WriteNodeRows(File& file) {
     static constexpr RowFormat format("%5d %+14.6E %+14.6E");
     return WriteRows(file, static_cast<std::size_t>(model.nodeCount), format, [](char* out, std::size_t n) {
         return PutRow(out, format, RowNumber(n), model.nodeStates[n].temperature, model.SolutionVector[n]);

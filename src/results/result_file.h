@@ -13,6 +13,8 @@
 #include "platform/number_text.h"
 #include "platform/parallel.h"
 #include "results/text_writer.h"
+#include "run/run_state.h"
+#include "run/warnings.h"
 
 namespace kaldra {
 
@@ -29,17 +31,27 @@ struct ResultFile {
     int cannotClose;
 };
 
+// How the writing of rows ended; it is given up when Stop was pressed and more than a moment's work was left.
+enum class RowsEnd { Written, Failed, GivenUp };
+
 // Creates the file, writes the common header, a line of three blanks, `columns` and a rule of `width` equal signs, and
-// lets `writeRows(file)` add the rows. Gives 1, or 0 after a message; what was written by then stays.
+// lets `writeRows(file)` add the rows. Gives 1, or 0 after a message; what was written by then stays. Gives 0 and
+// leaves no file where the rows were given up.
 template <class WriteRows>
 [[nodiscard]] int WriteResultFile(const ResultFile& result, std::string_view columns, std::size_t width,
                                   WriteRows writeRows) {
     File file;
     if (!file.Create(result.path)) return ShowError(result.cannotOpen);
     const std::array<std::string, 3> heading{"   ", std::string(columns), std::string(width, '=')};
-    return WriteLinesAndClose(file, result.cannotClose, [&](File& out) {
-        return WriteLines(out, CommonHeader()) && WriteLines(out, heading) && writeRows(out);
+    auto end = RowsEnd::Failed;
+    const int whole = WriteLinesAndClose(file, result.cannotClose, [&](File& out) {
+        if (WriteLines(out, CommonHeader()) && WriteLines(out, heading)) end = writeRows(out);
+        return end != RowsEnd::Failed;
     });
+    if (end != RowsEnd::GivenUp) return whole;
+    if (!DeleteFile(result.path)) WarnOfBrokenFile(result.path);
+    (void)TakeLastSystemError();
+    return 0;
 }
 
 inline char* PutLineEnd(char* out) { return out + lineEnd.copy(out, lineEnd.size()); }
@@ -63,7 +75,7 @@ struct RowRoom {
 // characters with their line ends and at most the room of a chunk, and gives the place behind. It is called on several
 // threads and may only read.
 template <class PutItem>
-[[nodiscard]] bool WriteItems(File& file, std::size_t count, std::size_t longest, const PutItem& putItem) {
+[[nodiscard]] RowsEnd WriteItems(File& file, std::size_t count, std::size_t longest, const PutItem& putItem) {
     assert(longest > 0 && longest <= rowRoomBytes / mostChunks);
     const std::size_t grain = rowRoomBytes / mostChunks / longest;
     const std::size_t fitting = grain * mostChunks;
@@ -72,6 +84,7 @@ template <class PutItem>
     bool written = true;
     const auto write = [&] { written = WriteBufferedLines(file, unwritten) == 1; };
     for (std::size_t first = 0; first < count && written; first += fitting) {
+        if (first > 0 && !IsRunning()) return RowsEnd::GivenUp;
         std::array<std::string_view, mostChunks> chunks;
         RunChunksBeside(write, std::min(fitting, count - first), grain, [&](std::size_t begin, std::size_t end) {
             char* const start = room.rows.data() + begin * longest;
@@ -84,12 +97,12 @@ template <class PutItem>
         unwritten = {room.joined.data(), joined};
     }
     if (written) write();
-    return written;
+    return written ? RowsEnd::Written : RowsEnd::Failed;
 }
 
 // Writes `count` rows: putRow(out, row) fills in the format's numbers and gives the place behind.
 template <class PutNumbers>
-[[nodiscard]] bool WriteRows(File& file, std::size_t count, const RowFormat& format, const PutNumbers& putRow) {
+[[nodiscard]] RowsEnd WriteRows(File& file, std::size_t count, const RowFormat& format, const PutNumbers& putRow) {
     return WriteItems(file, count, format.longest + lineEnd.size(),
                       [&](char* out, std::size_t row) { return PutLineEnd(putRow(out, row)); });
 }
@@ -97,7 +110,7 @@ template <class PutNumbers>
 // Writes the rows of every element's integration points, in order: putElement(out, e) puts those of one with their line
 // ends.
 template <class PutElement>
-[[nodiscard]] bool WritePointRows(File& file, const RowFormat& format, const PutElement& putElement) {
+[[nodiscard]] RowsEnd WritePointRows(File& file, const RowFormat& format, const PutElement& putElement) {
     return WriteItems(file, static_cast<std::size_t>(model.elementCount),
                       largestRule * (format.longest + lineEnd.size()), putElement);
 }

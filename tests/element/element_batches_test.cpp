@@ -71,7 +71,7 @@ protected:
         const Kind& kind = kinds[cell % 5];
         std::string slots;
         for (std::size_t i = 0; i < 8; ++i) slots += std::to_string(kind.used[i] != 0 ? node[i] : 0) + ' ';
-        problem.Element(slots, kind.points, kind.rest[cell / 20 % 3 / 2], 1 + cell % 4);
+        problem.Element(slots, kind.points, cell / 20 % 3 == 2 ? kind.rest[1] : kind.rest[0], 1 + cell % 4);
     }
 
     static void SetTemperatures(double shift) {
