@@ -35,9 +35,12 @@ def main():
             pressed = time.perf_counter()
             process.send_signal(signal.SIGINT)
             status = process.wait()
+            delay = time.perf_counter() - pressed
+            if status == 0 and delay < 0.2:
+                break  # it was about to end
             if status not in (128 + signal.SIGINT, -signal.SIGINT):
                 raise SystemExit(f"exit {status} after Stop at {moment:.2f} s")
-            delays.append((time.perf_counter() - pressed, moment))
+            delays.append((delay, moment))
             moment += options.every
     longest, when = max(delays)
     print(f"{len(delays)} stops, {options.solver}, N = {options.size}: "
