@@ -42,6 +42,7 @@ bool UsesSlot(const ElementRec& element, std::size_t slot) {
 bool IsOfKind(const ElementKind& kind, std::size_t e) {
     const ElementRec& element = model.elements[e];
     if (kind.material != IndexOf(element.material) || kind.points != PointCount(e)) return false;
+    if (kind.infinite != IsInfinite(element)) return false;
     std::size_t used = 0;
     for (std::size_t slot = 0; slot < slotCount; ++slot) {
         if (!UsesSlot(element, slot)) continue;
@@ -56,6 +57,7 @@ ElementKind KindOf(std::size_t e) {
     ElementKind kind;
     kind.material = IndexOf(element.material);
     kind.points = PointCount(e);
+    kind.infinite = IsInfinite(element);
     for (std::size_t slot = 0; slot < slotCount; ++slot) {
         if (UsesSlot(element, slot)) kind.slot[kind.slots++] = static_cast<std::uint8_t>(slot);
     }
@@ -179,7 +181,7 @@ KindShapes ShapesOf(const ElementKind& kind, const ElementRec& element) {
     return shapes;
 }
 
-// Geometry of one lane, for batches that hold an infinite element. False where the element has no area.
+// Geometry of one lane, for infinite elements. False where the element has no area.
 [[nodiscard]] bool FillShape(const ElementKind& kind, const KindShapes& kindShapes, std::size_t e, float* shapes) {
     const ElementRec& element = model.elements[e];
     ElementCoordinates xy;
@@ -232,8 +234,7 @@ std::size_t FillShapes(ElementBatches& b, const KindShapes& kindShapes, std::siz
     const std::int32_t* const elements = b.element.data() + batch * laneCount;
     const auto element = [elements](std::size_t lane) { return static_cast<std::size_t>(elements[lane]); };
     unsigned faultyLanes = 0;
-    if (std::any_of(elements, elements + laneCount,
-                    [](auto e) { return IsInfinite(model.elements[std::size_t(e)]); })) {
+    if (kind.infinite) {
         for (std::size_t lane = 0; lane < laneCount; ++lane) {
             if (!FillShape(kind, kindShapes, element(lane), shapes + lane)) faultyLanes |= 1U << lane;
         }

@@ -1,8 +1,8 @@
 // The sparse matrix of one iteration: where its entries stand, and their sums over the elements.
 //
 // Every entry lists the element entries that it is the sum of, in the order in which a walk over the elements meets
-// them. So any thread may sum it, and the f64 sum is always the same. Calculation thread only; the work is spread over all
-// threads.
+// them. So any thread may sum it, and the f64 sum is always the same. Calculation thread only; the work is spread over
+// all threads.
 #pragma once
 
 namespace kaldra {

@@ -1,7 +1,7 @@
 // The one line reader: every text file of the system comes in through ReadLine.
 //
-// There is one input stream at a time. The reader takes blocks of 1000 bytes and reads 64 of them ahead between calls, so
-// a stream has to be ended with ReadLine(file, clearbuf) before its file is closed or the next one begun. Bytes pass
+// There is one input stream at a time. The reader takes blocks of 1000 bytes and reads 64 of them ahead between calls,
+// so a stream has to be ended with ReadLine(file, clearbuf) before its file is closed or the next one begun. Bytes pass
 // through unchanged. Front end's thread only.
 #pragma once
 

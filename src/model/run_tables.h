@@ -23,6 +23,7 @@ struct ElementKind {
     std::size_t slots = 0;                    // node slots in use
     std::array<std::uint8_t, 8> slot{};       // which ones, in order
     std::size_t points = 0;                   // integration points
+    bool infinite = false;                    // in one direction or both
     std::array<std::array<float, 8>, 9> N{};  // interpolation functions per point, in the slots in use
     std::size_t firstBatch = 0;
     std::size_t batchCount = 0;

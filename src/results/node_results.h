@@ -3,8 +3,8 @@
 
 namespace kaldra {
 
-// Writes the file of the step under way from nodeStates and SolutionVector, which holds the nodal flows. Gives 1, or 0
-// after message 1021 (open), 1193 with the writer's own (write) or 1035 (close).
+// Writes the file of the step under way from nodeStates and SolutionVector, which holds the nodal flows. Gives 1; 0
+// after message 1021 (open), 1193 with the writer's own (write) or 1035 (close), or where Stop made it give the file up.
 [[nodiscard]] int WriteNodeResults();
 
 }  // namespace kaldra
