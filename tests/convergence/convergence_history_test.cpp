@@ -29,38 +29,33 @@ protected:
     }
 };
 
-TEST_F(ConvergenceHistory, ListsTheStepsOfARestartedRunAndLoadsOneOfThem) {
-    Have(transient, ConvergenceText({{5, {50, 51.5}}, {6, {60}}, {9, {90, 91, 92.25}}}));
-    ASSERT_EQ(ScanConvergenceFile(), 1);
-    EXPECT_THAT(Listed(graphMemory.GraphStepList), ElementsAre(5, 6, 9));  // more than stepCount
-    EXPECT_THAT(Listed(graphMemory.GraphStepIterations), ElementsAre(2, 1, 3));
-    EXPECT_EQ(graphMemory.GraphFirstIteration, 1);
-    EXPECT_EQ(graphMemory.GraphLastIteration, 3);
-    EXPECT_EQ(graphMemory.GraphPointCount, 3);
-    EXPECT_GE(graphMemory.GraphNorms.size(), 3U);
-
-    ASSERT_EQ(LoadConvergenceStep(5), 1);
-    EXPECT_THAT(Curve(graphMemory.GraphIterations), ElementsAre(1, 2));
-    EXPECT_THAT(Curve(graphMemory.GraphNorms), ElementsAre(50, 51.5));
-    ASSERT_EQ(LoadConvergenceStep(9), 1);
-    EXPECT_THAT(Curve(graphMemory.GraphNorms), ElementsAre(90, 91, 92.25));
-    ASSERT_EQ(LoadConvergenceStep(7), 1);  // not in the list
-    EXPECT_THAT(Curve(graphMemory.GraphNorms), ElementsAre());
-}
-
-TEST_F(ConvergenceHistory, ASteadyStateFileIsOneStep) {
-    Have(steadyState, ConvergenceText({{0, {3, 2, 1}}}));
-    ASSERT_EQ(ScanConvergenceFile(), 1);
-    EXPECT_THAT(Listed(graphMemory.GraphStepList), ElementsAre(0));
-    ASSERT_EQ(LoadConvergenceStep(0), 1);
-    EXPECT_THAT(Curve(graphMemory.GraphNorms), ElementsAre(3, 2, 1));
-}
-
-TEST_F(ConvergenceHistory, LinesOfAnEarlierStepArePassedOver) {
-    Have(transient, ConvergenceText({{2, {1, 2}}, {1, {7, 7}}, {3, {3}}}));
-    ASSERT_EQ(ScanConvergenceFile(), 1);
-    EXPECT_THAT(Listed(graphMemory.GraphStepList), ElementsAre(2, 3));
-    EXPECT_THAT(Listed(graphMemory.GraphStepIterations), ElementsAre(2, 1));
+TEST_F(ConvergenceHistory, ListsTheStepsAndLoadsOneOfThem) {
+    struct Written {
+        std::int32_t kind;
+        std::vector<StepHistory> history;
+        std::vector<std::int32_t> steps, iterations;  // in the list
+        std::int32_t step;                            // that is loaded
+        std::vector<double> numbers, norms;
+    };
+    const std::vector<StepHistory> restarted{{5, {50, 51.5}}, {6, {60}}, {9, {90, 91, 92.25}}};  // beyond stepCount
+    const std::vector<StepHistory> earlierWithin{{2, {1, 2}}, {1, {7, 7}}, {3, {3}}};            // passed over
+    for (const Written& w : {Written{transient, restarted, {5, 6, 9}, {2, 1, 3}, 5, {1, 2}, {50, 51.5}},
+                             {transient, restarted, {5, 6, 9}, {2, 1, 3}, 9, {1, 2, 3}, {90, 91, 92.25}},
+                             {transient, restarted, {5, 6, 9}, {2, 1, 3}, 7, {}, {}},  // not in the list
+                             {transient, earlierWithin, {2, 3}, {2, 1}, 3, {1}, {3}},
+                             {steadyState, {{0, {3, 2, 1}}}, {0}, {3}, 0, {1, 2, 3}, {3, 2, 1}}}) {
+        Have(w.kind, ConvergenceText(w.history));
+        ASSERT_EQ(ScanConvergenceFile(), 1);
+        EXPECT_EQ(Listed(graphMemory.GraphStepList), w.steps);
+        EXPECT_EQ(Listed(graphMemory.GraphStepIterations), w.iterations);
+        EXPECT_EQ(graphMemory.GraphFirstIteration, 1);
+        EXPECT_EQ(graphMemory.GraphLastIteration, w.iterations.back());
+        EXPECT_EQ(graphMemory.GraphPointCount, graphMemory.GraphLastIteration);
+        EXPECT_GE(static_cast<std::int32_t>(graphMemory.GraphNorms.size()), graphMemory.GraphPointCount);
+        ASSERT_EQ(LoadConvergenceStep(w.step), 1);
+        EXPECT_EQ(Curve(graphMemory.GraphIterations), w.numbers);
+        EXPECT_EQ(Curve(graphMemory.GraphNorms), w.norms);
+    }
 }
 
 TEST_F(ConvergenceHistory, ADamagedFileIsRefusedAndChangesNothing) {

@@ -87,21 +87,6 @@ TEST_F(ConvergenceMonitor, ACurveThatCannotGrowSkipsTheIteration) {
     EXPECT_THAT(graphMemory.GraphIterations, ElementsAre(1, 0, 3));
 }
 
-// What a failing file call shows. Calls of iteration 2: open, seek, write, close.
-TEST_F(ConvergenceMonitor, FileFailuresAreShown) {
-    (void)Monitor(1, 4);
-    const std::vector<std::vector<int>> shown{{1025}, {1025}, {1192, 1193}, {1038}};
-    for (std::size_t call = 1; call <= shown.size(); ++call) {
-        ArmFault(FaultSeam::FileCall, static_cast<std::int64_t>(call));
-        EXPECT_EQ(Monitor(2, 4), -1);
-        EXPECT_EQ(recorder.boxes.at(0).caption, "Error 5");
-        EXPECT_EQ(TakeMessages(), shown[call - 1]);
-    }
-    ArmFault(FaultSeam::FileCall, 3, false);  // the write and all behind it
-    EXPECT_EQ(Monitor(2, 4), -1);
-    EXPECT_THAT(TakeMessages(), ElementsAre(1192, 1193, 1038));
-}
-
 TEST_F(ConvergenceMonitor, RedrawsByTheGraphsRule) {
     std::string redrawn;
     recorder.onGraphData = [&] { redrawn += std::to_string(runState.iteration) + ' '; };

@@ -198,6 +198,18 @@ void WindowTest::Start() {
     QTRY_COMPARE(clicked.size(), 1);
 }
 
+void WindowTest::StartAndHold(int iteration) {
+    Gate::HoldBehind(iteration);
+    Start();
+    QTRY_VERIFY(Gate::Holds());
+}
+
+void WindowTest::OpenFinishedRun(int steps) {
+    OpenProblem(SlowColumn(steps));
+    Start();
+    QTRY_VERIFY(IsDone());
+}
+
 QStringList WindowTest::Lines() const { return desktop.panel->List().Lines(); }
 
 QString WindowTest::Label(int id) const { return window->findChild<QLabel*>(QString("label%1").arg(id))->text(); }

@@ -77,6 +77,8 @@ protected:
     [[nodiscard]] std::set<int> EnabledItems() const;  // of the menu, without those of Help, and of the buttons
     // Starts the open document by the keyboard.
     void Start();
+    void StartAndHold(int iteration);  // and waits until its thread stands behind this iteration
+    void OpenFinishedRun(int steps);   // of SlowColumn
     [[nodiscard]] bool IsDone() const { return !Lines().isEmpty() && Lines().last() == "Done."; }
 
     std::unique_ptr<MainWindow> window;

@@ -9,13 +9,6 @@ namespace kaldra {
 namespace {
 
 using Patch = KaldraTest;
-using SlotUse = std::array<std::int32_t, slotCount>;
-
-std::string SlotText(const SlotUse& slots) {
-    std::string text;
-    for (const std::int32_t slot : slots) text += std::to_string(slot) + ' ';
-    return text;
-}
 
 double Field(double x, double y) { return 7 - 3 * x + 2 * y; }
 
@@ -56,13 +49,13 @@ struct PatchMesh : Problem {
         return sideNodes[edge] = AddNode((xa + xb) / 2 + bent, (ya + yb) / 2 - bent / 2);
     }
     void AddElement(const std::vector<std::int32_t>& corners) {
-        SlotUse slots{};
+        std::string slots, sideSlots;
         const std::size_t n = corners.size();
-        for (std::size_t i = 0; i < n; ++i) {
-            slots[i] = corners[i];
-            slots[4 + i] = SideNode(corners[i], corners[(i + 1) % n]);
+        for (std::size_t i = 0; i < 4; ++i) {
+            slots += std::to_string(i < n ? corners[i] : 0) + ' ';
+            sideSlots += std::to_string(i < n ? SideNode(corners[i], corners[(i + 1) % n]) : 0) + ' ';
         }
-        Element(SlotText(slots), n == 4 ? family.quadPoints : family.trianglePoints, "2.5");
+        Element(slots + sideSlots, n == 4 ? family.quadPoints : family.trianglePoints, "2.5");
     }
 
     Family family;

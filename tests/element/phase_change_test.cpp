@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "convergence/convergence_file.h"
+#include "platform/number_text.h"
 #include "run/run_state.h"
 #include "support/kaldra_test.h"
 
@@ -24,14 +25,11 @@ protected:
             const int n = problem.Node(e, 0);
             problem.Node(e + 1, 0);
             problem.Node(e, 1);
-            problem.Element(
-                std::to_string(n) + ' ' + std::to_string(n + 1) + ' ' + std::to_string(n + 2) + " 0 0 0 0 0", 1, "1",
-                e == 10 ? 2 : 1);
+            problem.Element(FormatText("%d %d %d 0 0 0 0 0", n, n + 1, n + 2), 1, "1", e == 10 ? 2 : 1);
         }
         ASSERT_TRUE(Prepare(problem));
         ASSERT_EQ(CreateConvergenceFile(), 1);
         runState.currentStep = 1;
-        runState.running = 1;
     }
     static void SetPoint(std::size_t e, float previous, float temperature) {
         for (std::size_t i = 0; i < 3; ++i) model.nodeStates[3 * e + i] = {temperature, previous, 0};
@@ -104,12 +102,6 @@ TEST_F(PhaseChange, NoPointsAtATimeEstablishAtOnce) {
         EXPECT_EQ(runState.PhaseChangeMode, phaseEstablished);
         EXPECT_EQ(State(0), 0);
     }
-}
-
-TEST_F(PhaseChange, AMissingConvergenceFileEndsTheRun) {
-    ConvergencePath = Path("nowhere/case.cnp");
-    EXPECT_EQ(ControlPhaseChange(), 0);
-    EXPECT_EQ(TakeMessages(), std::vector<int>{1025});
     runState.running = 0;
     EXPECT_EQ(ControlPhaseChange(), 0);  // Stop, without a word
 }

@@ -115,7 +115,6 @@ TEST(PanelPlaces, FiltersComeInPairs) {
 }
 
 TEST(Help, EveryMenuItemAndDialogHasAPage) {
-    EXPECT_EQ(HelpTopicForMenu(commandOpenDataFile), 21102);
     EXPECT_EQ(HelpTopicForMenu(12345), 40000);
     EXPECT_EQ(HelpTopicForDialog(102), 22102);
     EXPECT_EQ(HelpTopicForDialog(103), 40000);
@@ -145,7 +144,6 @@ TEST(SystemInformation, SaysWhatIsNotAvailable) {
                             " Free Physical Memory:\tunavailable", " Total Paging File Size:\tunavailable",
                             " Free Paging File:\tunavailable"));
     EXPECT_THAT(VolumeLines(figures), ElementsAre(" /*\tunavailable", " /data\t20 KB (10 KB free)"));
-    EXPECT_EQ(AboutText(), "KALDRA SOLVE Version 4.23");
 
     const SystemFigures here = GatherSystemFigures();
     EXPECT_TRUE(here.memoryKB > 0 && here.processorCount > 0);

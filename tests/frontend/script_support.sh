@@ -1,5 +1,5 @@
 # What the test scripts of the programs share: a folder of their own to work in, checks that count failures, and a problem.
-# Each sources this file, defines one procedure per case, runs one of them and exits with `verdict`.
+# Each sets `program`, sources this file, defines one procedure per case, runs one of them and exits with `verdict`.
 set -u
 examples=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../examples" && pwd)
 work=$(mktemp -d)
@@ -10,17 +10,22 @@ failures=0
 fail() { echo "FAILED: $*"; failures=$((failures + 1)); }
 verdict() { exit $((failures > 0)); }
 
-# runs STATUS PROGRAM [ARGUMENT]... leaves the output in the files out and err.
-runs() {
+# run STATUS [ARGUMENT]... of the program leaves its output in the files out and err.
+run() {
     local wanted=$1 status=0
     shift
-    "$@" >out 2>err </dev/null || status=$?
+    "$program" "$@" >out 2>err </dev/null || status=$?
     [ "$status" = "$wanted" ] || fail "$*: exit $status instead of $wanted; $(cat err)"
 }
 is() { [ "$(cat "$1")" = "$2" ] || fail "$1 is: $(cat -A "$1")"; }
 has() { grep -qF -- "$2" "$1" || fail "$1 lacks '$2': $(cat "$1")"; }
-there() { [ -e "$1" ] || fail "no $1"; }
-gone() { [ ! -e "$1" ] || fail "$1 is there"; }
+# tells STATUS TEXT [ARGUMENT]... is a run that has this among its errors and warnings.
+tells() {
+    run "$1" "${@:3}"
+    has err "$2"
+}
+there() { local name; for name in "$@"; do [ -e "$name" ] || fail "no $name"; done; }
+gone() { local name; for name in "$@"; do [ ! -e "$name" ] || fail "$name is there"; done; }
 
 # A column of two squares with MAXITERATIONS TOLERANCE, -1 degree at its bottom and 9 at its top.
 problem() {

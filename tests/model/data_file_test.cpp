@@ -1,6 +1,7 @@
 #include "model/data_file.h"
 
 #include "convergence/graph_memory.h"
+#include "platform/number_text.h"
 #include "run/messages.h"
 #include "support/kaldra_test.h"
 
@@ -72,18 +73,13 @@ TEST_F(DataFile, EveryColumnReachesItsField) {
                 ElementsAre(0.5F, 1.5F, 10.0F, -8.0F, 0.5F));
     const auto node = [&](std::size_t n) {
         const NodeRec& r = m.nodes[n];
-        return std::vector{r.bcValue,
-                           r.bcInput,
-                           static_cast<float>(r.bcType),
-                           static_cast<float>(r.bcFunction),
-                           static_cast<float>(r.modifierFunction),
-                           m.nodeStates[n].temperature,
-                           m.nodeStates[n].previous};
+        return FormatText("%d %d %d %.6f %.6f %.6f %.6f", r.bcType, r.bcFunction, r.modifierFunction, r.bcValue,
+                          r.bcInput, m.nodeStates[n].temperature, m.nodeStates[n].previous);
     };
-    EXPECT_THAT(node(0), ElementsAre(-5, 0, 1, 1, 1, 2.5F, 2.5F));
-    EXPECT_THAT(node(1), ElementsAre(0, 0, 0, 0, 0, -0.5F, -0.5F));
-    EXPECT_THAT(node(2), ElementsAre(-3, -3, 1, 0, 1, -0.5F, -0.5F));
-    EXPECT_THAT(node(3), ElementsAre(7, 7, 2, 0, 0, -2, -2));
+    EXPECT_EQ(node(0), "1 1 1 -5.000000 0.000000 2.500000 2.500000");
+    EXPECT_EQ(node(1), "0 0 0 0.000000 0.000000 -0.500000 -0.500000");
+    EXPECT_EQ(node(2), "1 0 1 -3.000000 -3.000000 -0.500000 -0.500000");
+    EXPECT_EQ(node(3), "2 0 0 7.000000 7.000000 -2.000000 -2.000000");
     EXPECT_THAT(infinite.nodes, ElementsAre(1, 3, 4, 0, 0, 0, 0, 0));
     EXPECT_THAT((std::vector{infinite.material, infinite.integrationPoints, infinite.infiniteR, infinite.infiniteS,
                              first.infiniteR}),

@@ -39,9 +39,7 @@ protected:
     }
     static void SetNode(Problem& problem, std::size_t number, const std::string& boundary) {
         std::string& row = problem.nodes[number - 1];
-        std::size_t at = 0;
-        for (int field = 0; field < 3; ++field) at = row.find(' ', at) + 1;
-        row = row.substr(0, at) + boundary;
+        row = row.substr(0, row.find(" 0 0 0 0 1 2")) + ' ' + boundary;
     }
 };
 
@@ -79,7 +77,7 @@ TEST_F(HeatBalances, StoredHeatIsThatOfTheMaterial) {
     Problem ground = Ground();
     ground.analysis = "2 1 70 1 0";
     ground.S = {FunctionRows(1, {"-9 0.1", "9 1"})};  // 0.45 unfrozen at -2
-    for (std::string& row : ground.nodes) row = row.substr(0, row.find(" 0 0 0 0 1 2")) + " 2 1 0 0 1 -2";
+    for (std::size_t n = 1; n <= ground.nodes.size(); ++n) SetNode(ground, n, "2 1 0 0 1 -2");
     ground.times = {"1 1 1 0"};
     ground.converge = "50 0.01 99";
     ASSERT_EQ(Run(ground).result, 1);
@@ -105,12 +103,8 @@ TEST_F(HeatBalances, LatentHeatThatIsCountedTwiceIsWarnedOf) {
     (void)TakeWarnings();
     model = run.model;
     WarnOfBalance(found);
-    const Rows warnings = TakeWarnings();
-    ASSERT_EQ(warnings.size(), 1);
-    EXPECT_THAT(warnings[0], testing::HasSubstr("the heat balance misses by "));
-    EXPECT_THAT(warnings[0], testing::HasSubstr(" in steps "));
-    EXPECT_THAT(warnings[0], testing::HasSubstr("counted more than once"));
-    EXPECT_THAT(warnings[0], testing::HasSubstr("phase points, now 2"));
+    EXPECT_THAT(TakeWarnings(), ElementsAre(testing::ContainsRegex("the heat balance misses by .* in steps .*counted "
+                                                                   "more than once.*phase points, now 2")));
 }
 
 TEST_F(HeatBalances, StepsAreNamedAsRanges) {

@@ -63,16 +63,10 @@ TEST_F(ThawDepths, LinearFieldsAreExact) {
 }
 
 TEST_F(ThawDepths, AColumnKnowsAllItsLayers) {
-    Problem column;
+    Problem column = Stack(Rows(6, "0 0 0 0 0 0"));
     column.materials = {"1 1 0 1 1 0", "2 0 0 0 0 0"};
-    column.analysis = "1 1 0 1 -1";  // freezes at -1
-    for (int row = 0; row <= 5; ++row) {
-        for (const double x : {0.0, 1.0}) column.Node(x, row);
-    }
-    for (int row = 0; row < 5; ++row) {
-        const int n = 2 * row;
-        column.Element(FormatText("%d %d %d %d 0 0 0 0", n + 4, n + 3, n + 1, n + 2), 4, "1", row == 1 ? 2 : 1);
-    }
+    column.elements[1] = "2 6 5 3 4 0 0 0 0 2 4 1";  // NULL
+    column.analysis = "1 1 0 1 -1";                  // freezes at -1
     ASSERT_TRUE(Prepare(column));
     struct Case {
         std::vector<double> temperatures;  // by row, from below

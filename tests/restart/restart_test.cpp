@@ -22,33 +22,29 @@ protected:
 
 struct FileCheck {
     const char* name;
-    int startStep, result;
+    int startStep, message;  // 0: the file is taken
 };
 
 TEST_F(Restart, FilesAreCheckedByNameStepAndTime) {
     ASSERT_TRUE(Prepare(FourSteps()));
     for (const char* name : {"case.t02", "case.t03", "CASE.T03"}) WriteFile(name, Result("2   +2.0000E+000  =", ""));
     const std::vector<FileCheck> checks{
-        {"case.t3", 4, -1},   {"case.t", 4, -1},
-        {"case.tx1", 4, -1},  {"case.r03", 4, -1},
-        {"case.t0a", 4, -1},  {"case.tin2", 1, -1},
-        {"nodot", 1, -1},     {"case.t02", 3, 1},
-        {"case.T02", 3, 1},   {"case.t02", 4, -2},
-        {"case.t01", 1, -2},  {"case.t00", 1, 1},
-        {"case.tin", 1, 1},   {"case.TIN", 1, 1},
-        {"case.tin", 2, -2},  {"case.t03", 4, -3},
-        {"CASE.T03", 4, -3},  {"case.t01", 2, 1},
-        {"other.t07", 3, 1},  {"other.t03", 1, 1},
-        {"other.x03", 1, -1}, {"case.t99999999999", 4, -2},
+        {"case.t3", 4, 4030},   {"case.t", 4, 4030},
+        {"case.tx1", 4, 4030},  {"case.r03", 4, 4030},
+        {"case.t0a", 4, 4030},  {"case.tin2", 1, 4030},
+        {"nodot", 1, 4030},     {"case.t02", 3, 0},
+        {"case.T02", 3, 0},     {"case.t02", 4, 4031},
+        {"case.t01", 1, 4031},  {"case.t00", 1, 0},
+        {"case.tin", 1, 0},     {"case.TIN", 1, 0},
+        {"case.tin", 2, 4031},  {"case.t03", 4, 4032},
+        {"CASE.T03", 4, 4032},  {"case.t01", 2, 0},
+        {"other.t07", 3, 0},    {"other.t03", 1, 0},
+        {"other.x03", 1, 4030}, {"case.t99999999999", 4, 4031},
     };
-    for (const auto& [name, startStep, result] : checks) {
-        EXPECT_EQ(CheckInitialFile(Path(name), model.dataFileName, 't', startStep), result) << name << ' ' << startStep;
-    }
-    const std::vector<std::pair<const char*, int>> refusals{{"case.t3", 4030}, {"case.t02", 4031}, {"case.t03", 4032}};
-    runState.startStep = 4;
-    for (const auto& [name, message] : refusals) {
-        EXPECT_EQ(ValidateInitialFile(Path(name), 't'), 0);
-        EXPECT_EQ(TakeMessages(), std::vector<int>{message});
+    for (const auto& [name, startStep, message] : checks) {
+        runState.startStep = startStep;
+        EXPECT_EQ(ValidateInitialFile(Path(name), 't'), message == 0) << name << ' ' << startStep;
+        EXPECT_EQ(TakeMessages(), message == 0 ? std::vector<int>{} : std::vector<int>{message}) << name;
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "results/flux_geometry.h"
 
-#include "run/run_state.h"
 #include "support/kaldra_test.h"
 
 namespace kaldra {
@@ -18,36 +17,32 @@ struct Meeting {
 TEST(SegmentIntersect, KnowsEveryCase) {
     const std::vector<Meeting> meetings{
         {"start on start", {0, 0, 1, 1}, {0, 0, 5, -3}, 1, 0, 0},
-        {"start on end", {0, 0, 1, 1}, {5, -3, 0, 0}, 1, 0, 0},
         {"end on start", {2, 2, 0, 0}, {0, 0, 5, 5}, 1, 0, 0},
         {"parallel, but end on end", {0, 0, 1, 0}, {3, 0, 1, 0}, 1, 1, 0},
         {"ends near each other", {0, 0, 1, 1}, {1e-11F, 1e-11F, 5, -3}, 1, 0, 0},
-        {"first is a point", {1, 1, 1, 1}, {0, 1, 2, 1}, 0, 0, 0},
-        {"second is a point", {0, 1, 2, 1}, {1, 1, 1, 1}, 0, 0, 0},
+        {"one is a point", {1, 1, 1, 1}, {0, 1, 2, 1}, 0, 0, 0},
         {"both vertical", {1, 0, 1, 2}, {1, 1, 1, 3}, 0, 0, 0},
         {"both horizontal", {0, 1, 2, 1}, {1, 1, 3, 1}, 0, 0, 0},
         {"vertical and horizontal", {1, -1, 1, 1}, {0, 0, 2, 0}, 1, 1, 0},
-        {"horizontal and vertical", {0, 0, 2, 0}, {1, -1, 1, 1}, 1, 1, 0},
         {"vertical beside", {3, -1, 3, 1}, {0, 0, 2, 0}, 0, 0, 0},
         {"vertical too short", {1, 1, 1, 2}, {0, 0, 2, 0}, 0, 0, 0},
         {"vertical touches", {1, 0, 1, 2}, {0, 0, 2, 0}, 1, 1, 0},
         {"vertical and oblique", {1, -5, 1, 5}, {0, 0, 2, 4}, 1, 1, 2},
-        {"oblique and vertical", {0, 0, 2, 4}, {1, -5, 1, 5}, 1, 1, 2},
-        {"horizontal and oblique", {-5, 2, 5, 2}, {0, 0, 2, 4}, 1, 1, 2},
         {"oblique and horizontal", {0, 0, 2, 4}, {5, 2, -5, 2}, 1, 1, 2},
         {"horizontal too short", {2, 2, 5, 2}, {0, 0, 2, 4}, 0, 0, 0},
         {"oblique both", {0, 0, 4, 4}, {0, 4, 4, 0}, 1, 2, 2},
-        {"oblique, beyond the first", {0, 0, 1, 1}, {0, 4, 4, 0}, 0, 0, 0},
-        {"oblique, beyond the second", {0, 0, 4, 4}, {0, 4, 1, 3}, 0, 0, 0},
+        {"oblique, beyond one", {0, 0, 1, 1}, {0, 4, 4, 0}, 0, 0, 0},
         {"oblique parallel", {0, 0, 4, 4}, {1, 1, 3, 3}, 0, 0, 0},
     };
     for (const auto& [what, a, b, result, x, y] : meetings) {
-        float atX = 0;
-        float atY = 0;
-        ASSERT_EQ(SegmentIntersect(a.x1, a.y1, a.x2, a.y2, b.x1, b.y1, b.x2, b.y2, atX, atY), result) << what;
-        if (result == 0) continue;
-        EXPECT_FLOAT_EQ(atX, x) << what;
-        EXPECT_FLOAT_EQ(atY, y) << what;
+        for (const auto& [m, n] : {std::pair(a, b), std::pair(b, a)}) {
+            float atX = 0;
+            float atY = 0;
+            ASSERT_EQ(SegmentIntersect(m.x1, m.y1, m.x2, m.y2, n.x1, n.y1, n.x2, n.y2, atX, atY), result) << what;
+            if (result == 0) continue;
+            EXPECT_NEAR(atX, x, 1e-10) << what;
+            EXPECT_NEAR(atY, y, 1e-10) << what;
+        }
     }
 }
 
@@ -66,6 +61,14 @@ struct SectionCase {
 
 class FluxCrossings : public KaldraTest {
 protected:
+    // Gives how often a section of these lines crosses the elements.
+    static int Cross(const std::vector<FluxLine>& lines) {
+        model.fluxSectionCount = 1;
+        model.fluxSections = {{static_cast<std::int32_t>(lines.size()), lines}};
+        model.fluxResults.assign(1, {});
+        EXPECT_EQ(BuildFluxCrossings(), 1);
+        return model.fluxResults[0].crossingCount;
+    }
     static std::string SlotsOf(const std::int32_t* nodes) {
         std::string slots;
         for (std::size_t i = 0; i < slotCount; ++i) slots += nodes[i] > 0 ? std::to_string(i + 1) : "";
@@ -82,7 +85,6 @@ TEST_F(FluxCrossings, SplitOneElement) {
     square.Node(0, 0.5);
     square.Element("1 2 3 4 0 5 0 0", 4);
     ASSERT_TRUE(Prepare(square));
-    runState.running = 1;
     const std::vector<SectionCase> cases{
         {"to the right", {{-1, 0.25F, 2, 0.25F}}, 1, {0, 0.25F, 1, 0.25F}, "126"},
         {"to the left", {{2, 0.25F, -1, 0.25F}}, 1, {1, 0.25F, 0, 0.25F}, "34"},
@@ -101,11 +103,7 @@ TEST_F(FluxCrossings, SplitOneElement) {
         {"on the diagonal", {{-1, -1, 2, 2}}, 1, {0, 0, 1, 1}, "1236"},
     };
     for (const SectionCase& c : cases) {
-        model.fluxSectionCount = 1;
-        model.fluxSections = {{static_cast<std::int32_t>(c.lines.size()), c.lines}};
-        model.fluxResults.assign(1, {});
-        ASSERT_EQ(BuildFluxCrossings(), 1);
-        ASSERT_EQ(model.fluxResults[0].crossingCount, c.crossings) << c.what;
+        ASSERT_EQ(Cross(c.lines), c.crossings) << c.what;
         if (c.crossings == 0) continue;
         const FluxCrossing& found = model.fluxResults[0].crossings[0];
         EXPECT_THAT((std::vector<float>{found.xa, found.ya, found.xb, found.yb}),
@@ -120,12 +118,7 @@ TEST_F(FluxCrossings, AnElementWithoutItsCornersIsNotCrossed) {
     Problem problem = Column();
     problem.Element("0 2 4 3 0 0 0 0", -1);
     ASSERT_TRUE(Prepare(problem));
-    runState.running = 1;
-    model.fluxSectionCount = 1;
-    model.fluxSections = {{1, {{-1, 0.5F, 2, 0.5F}}}};
-    model.fluxResults.assign(1, {});
-    ASSERT_EQ(BuildFluxCrossings(), 1);
-    EXPECT_EQ(model.fluxResults[0].crossingCount, 2);
+    EXPECT_EQ(Cross({{-1, 0.5F, 2, 0.5F}}), 2);
 }
 
 }  // namespace

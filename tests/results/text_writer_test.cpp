@@ -8,21 +8,6 @@ namespace {
 
 using TextWriter = KaldraTest;
 
-TEST_F(TextWriter, GathersLinesWithoutChangingThem) {
-    std::string expected;
-    File file;
-    ASSERT_TRUE(file.Create(Path("out")));
-    for (const std::size_t length : {0, 1, 493, 500, 994, 995, 0, 996, 997, 2500, 3, 995, 1}) {
-        const std::string line(length, static_cast<char>('a' + length % 26));
-        EXPECT_EQ(WriteBuffered(file, line), 1);
-        expected += line + "\r\n";
-    }
-    EXPECT_EQ(WriteBuffered(file, "clearbuf"), 1);  // the words of a file are no marker
-    EXPECT_EQ(WriteBuffered(file, clearbuf) + WriteBuffered(file, clearbuf), 2);
-    ASSERT_TRUE(file.Close());
-    EXPECT_EQ(ReadFile("out"), expected + "clearbuf\r\n");
-}
-
 TEST_F(TextWriter, TouchesTheFileOncePerBlock) {
     File file;
     ASSERT_TRUE(file.Create(Path("out")));
@@ -32,26 +17,30 @@ TEST_F(TextWriter, TouchesTheFileOncePerBlock) {
     EXPECT_EQ(WriteBuffered(file, clearbuf), 1);
 }
 
-TEST_F(TextWriter, TakesManyLinesAsOneByOne) {
-    const auto write = [&](const std::string& name, bool together) {
+// One by one and many at once; lines fill a block by themselves and together, and need more than one.
+TEST_F(TextWriter, GathersLinesWithoutChangingThem) {
+    for (const bool together : {false, true}) {
+        std::string expected = "clearbuf\r\n";  // the words of a file are no marker
         File file;
-        EXPECT_TRUE(file.Create(Path(name)));
+        ASSERT_TRUE(file.Create(Path("out")));
+        EXPECT_EQ(WriteBuffered(file, "clearbuf"), 1);
         for (std::size_t first = 1; first < 900; first += 7) {
             std::string lines;
             const std::size_t last = 88 + first % 4;  // 906 characters and 90 more are a block
-            for (const std::size_t length : {first, 900 - first, std::size_t{0}, last, 2 * last, first, first / 2}) {
+            for (const std::size_t length :
+                 {first, 900 - first, std::size_t{0}, last, 2 * last, first, first / 2, 906 + last, 4 * first}) {
                 const std::string line(length, static_cast<char>('a' + length % 26));
                 EXPECT_TRUE(together || WriteBuffered(file, line) == 1);
                 lines += line + "\r\n";
             }
             EXPECT_TRUE(!together || WriteBufferedLines(file, lines) == 1);
             EXPECT_TRUE(first % 3 != 0 || WriteBuffered(file, clearbuf) == 1);
+            expected += lines;
         }
-        EXPECT_EQ(WriteBuffered(file, clearbuf), 1);
+        EXPECT_EQ(WriteBuffered(file, clearbuf) + WriteBuffered(file, clearbuf), 2);
         EXPECT_TRUE(file.Close());
-        return ReadFile(name);
-    };
-    EXPECT_EQ(write("together", true), write("apart", false));
+        EXPECT_EQ(ReadFile("out"), expected);
+    }
 }
 
 TEST_F(TextWriter, LosesTheBlockWhenTheDiskIsFull) {

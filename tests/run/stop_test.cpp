@@ -9,7 +9,6 @@
 #include "convergence/graph_memory.h"
 #include "frontend/commands.h"
 #include "platform/files.h"
-#include "platform/number_text.h"
 #include "platform/parallel.h"
 #include "run/analysis.h"
 #include "run/run_state.h"
@@ -31,14 +30,6 @@ struct Notifications {
 class Stops : public KaldraTest {
 protected:
     Stops() { SetThreadCount(2); }
-    // Frost from above into a square of n by n wet elements.
-    static Problem FreezingSquare(int n, int steps) {
-        Problem square = Square(n);
-        MakeWet(square);
-        if (steps == 0) square.analysis = "1 1 0 1 0";
-        for (int i = 1; i <= steps; ++i) square.times.push_back(FormatText("%d 0.5 %.1f %d", i, 0.5 * i, i % 2));
-        return square;
-    }
     // Starts with an empty folder. Notifications are counted from here on.
     bool Begin(const Problem& problem) {
         for (const auto& [name, bytes] : FilesBeside()) std::filesystem::remove(Path(name));

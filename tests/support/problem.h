@@ -40,8 +40,14 @@ Problem Column(double bottom = -1, double top = 9);
 // The column over the time steps "number increment elapsed save", of heat capacity 1 and without latent heat.
 Problem TransientColumn(const Rows& times);
 
+// A column of quadrilaterals, 1 wide and each of the same height, with two nodes of each boundary from below upwards.
+Problem Stack(const Rows& boundaries, double height = 1);
+
 // n by n unit squares of four nodes at 2 degrees under a surface at -6, and a flux section through the lowest row.
 Problem Square(int n);
+
+// Frost from above into wet squares over steps of 0.5, of which the odd ones are saved; without steps the steady state.
+Problem FreezingSquare(int n, int steps);
 
 // Gives a problem wet ground and a transient analysis in which it may freeze.
 void MakeWet(Problem& problem);

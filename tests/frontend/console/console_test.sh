@@ -5,12 +5,6 @@
 program=$1
 source "$(dirname "$0")/../script_support.sh"
 
-run() { # STATUS [ARGUMENT]...
-    local wanted=$1
-    shift
-    runs "$wanted" "$program" "$@"
-}
-
 # record EXPRESSION...: each is true of a.run.json, as r.
 record() {
     local expression
@@ -30,8 +24,7 @@ finishes() {
     is out "$good"
     [[ $closing =~ ^Solved\ by\ the\ skyline\ solver\ on\ .*\ in\ .*\ s\.$ ]] || fail "closing line: $closing"
     is err ""
-    there a.cnp
-    there a.t00
+    there a.cnp a.t00
     gone a.lkp
     run 0 --quiet "$PWD/a.kdr"
     is out ""
@@ -39,8 +32,6 @@ finishes() {
     run 0 --solver sparse --threads 1 a.kdr
     [[ $(tail -n 1 out) == "Solved by the sparse solver on 1 thread in "* ]] || fail "closing line: $(tail -n 1 out)"
     cmp a.t00 skyline.t00 || fail "the solvers differ"
-    run 2 --solver best a.kdr
-    run 2 --threads 0 a.kdr
 }
 
 fails() {
@@ -66,10 +57,10 @@ knows_its_options() {
     has out "kaldra-run "
     is err ""
     problem 9 0.01 >a.kdr
-    for arguments in "" "--nonsense a.kdr" "a.kdr b.kdr"; do
-        run 2 $arguments
+    for arguments in "" "--nonsense a.kdr" "a.kdr b.kdr" "--solver best a.kdr" "--threads 0 a.kdr" "--export xlsx a.kdr" \
+        "--check --start-step 2 a.kdr" "--check --balance a.kdr"; do
+        tells 2 "kaldra-run: " $arguments
         is out ""
-        has err "kaldra-run: "
     done
     gone a.cnp
 }
@@ -80,8 +71,7 @@ takes_any_path() {
         mkdir -p -- "$(dirname -- "$name")"
         problem 9 0.01 >"./$name"
         run 0 -- "$name"
-        there "./${name%.kdr}.t00"
-        there "./${name%.kdr}.cnp"
+        there "./${name%.kdr}.t00" "./${name%.kdr}.cnp"
         gone "./${name%.kdr}.lkp"
     done
     : >axbyc.cnp # would fit the pattern
@@ -95,24 +85,20 @@ refuses_a_long_path() {
     name=$(printf 'n%.0s' $(seq $((260 - ${#folder} - 5))))
     problem 9 0.01 | tee "$folder/$name.kdr" >"$folder/${name}x.kdr"
     run 0 "$folder/$name.kdr" # 260 characters
-    run 1 "$folder/${name}x.kdr"
-    has err "kaldra-run: the path has 261 characters, 260 is the most"
-    gone "$folder/${name}x.cnp"
-    gone "$folder/$name.cnx"
+    tells 1 "kaldra-run: the path has 261 characters, 260 is the most" "$folder/${name}x.kdr"
+    gone "$folder/${name}x.cnp" "$folder/$name.cnx"
 }
 
 warns_and_is_strict() {
     problem 1 0.01 >a.kdr
-    run 0 a.kdr
-    has err "warning: $PWD/a.kdr:11: the iteration ended at maxIterations (1) without converging: raise maxIterations"
+    tells 0 "warning: $PWD/a.kdr:11: the iteration ended at maxIterations (1) without converging: raise maxIterations" a.kdr
     there a.t00
     run 4 --strict a.kdr
     record "r['exit']['status'] == 4" "r['steps'][0]['converged'] is False" "'without converging' in r['warnings'][0]"
     problem 9 0.01 >b.kdr
     run 0 --strict b.kdr
     smoothing=-1 problem 9 0.01 >c.kdr
-    run 0 c.kdr # a smoothing that failed is a message, and no failure
-    has err "error 1117: "
+    tells 0 "error 1117: " c.kdr # a smoothing that failed is a message, and no failure
     run 4 --strict c.kdr
 }
 
@@ -127,7 +113,6 @@ checks_without_a_run() {
 bad.kdr:34: error: field 5 of this row of ELEMENT is missing, or no number that can be taken: 2 6 5 3
 bad.kdr:35: error: field 1 of this row of POLE is missing, or no number that can be taken: POLES"
     run 3 --check none.kdr
-    run 2 --check --start-step 2 a.kdr
     [ "$(ls)" = "$(printf '%s\n' a.kdr bad.kdr err out)" ] || fail "a check leaves files: $(ls)"
 }
 
@@ -145,16 +130,14 @@ tells_of_broken_files() {
     many_sections 20 >a.kdr
     for file in j00 cnp t00 g00 r00; do
         ln -sf /dev/full "a.$file"
-        run 1 a.kdr
-        has err "error 1192: Cannot write to disk."
+        tells 1 "error 1192: Cannot write to disk." a.kdr
         has err "warning: $PWD/a.$file was not written whole and must not be used"
         rm "a.$file"
     done
     run 0 --strict a.kdr
     rm a.t00
     mkdir a.t00
-    run 1 a.kdr
-    has err "error 1021: "
+    tells 1 "error 1021: " a.kdr
     rmdir a.t00
     "$program" a.kdr >/dev/full 2>err || fail "status lines that nobody takes fail the run"
     is err "warning: some status lines are lost: standard output could not be written"
@@ -279,19 +262,24 @@ starts() {
     there a.lkp
 }
 
+# ends_by SIGNAL STATUS: the run in the background ends with the status after the signal.
+ends_by() {
+    local status=0
+    kill "-$1" "$pid"
+    wait "$pid" 2>/dev/null || status=$?
+    [ "$status" = "$2" ] || fail "exit $status after $1"
+}
+
 stops_by_signal() {
     local signal status
     for signal in INT:130 TERM:143; do
+        status=${signal#*:}
         starts
-        kill "-${signal%:*}" "$pid"
-        status=0
-        wait "$pid" || status=$?
-        [ "$status" = "${signal#*:}" ] || fail "exit $status after $signal"
+        ends_by "${signal%:*}" "$status"
         [ "$(tail -n 1 out)" = "Done." ] || fail "no Done. after $signal"
         has out "Stopping..."
         is err ""
-        gone a.lkp
-        gone a.t00
+        gone a.lkp a.t00
         record "r['exit']['status'] == $status" "r['exit']['reason'] == 'stopped by signal $((status - 128))'"
     done
 }
@@ -370,28 +358,22 @@ resumes_a_killed_steady_run() { kill_and_resume heated-slab; }
 # The lock of a killed run goes with its process; the marker that it leaves is nobody's business.
 runs_once_at_a_time() {
     starts
-    run 1 --quiet a.kdr
-    has err "error 5001: Another run on this data file is under way."
+    tells 1 "error 5001: Another run on this data file is under way." --quiet a.kdr
     kill -0 "$pid" || fail "the first run ended"
     there a.lkp
-    kill -KILL "$pid"
-    wait "$pid" 2>/dev/null
+    ends_by KILL 137
     there a.lkp
     problem 9 0.01 >a.kdr
     run 0 --quiet a.kdr
     gone a.lkp
     starts
     run 1 --quiet --resume a.kdr
-    kill -KILL "$pid"
-    wait "$pid" 2>/dev/null
+    ends_by KILL 137
 }
 
 halts_by_signal() {
-    local status=0
     starts
-    kill -USR1 "$pid"
-    wait "$pid" || status=$?
-    [ "$status" = 0 ] || fail "exit $status"
+    ends_by USR1 0
     has out "Halting iteration and writing files to complete time step..."
     there a.t00
     gone a.lkp
@@ -426,17 +408,14 @@ leaves_a_record() {
     starts
     until [ -e a.run.json ] && grep -q 'under way' a.run.json; do sleep 0.02; done
     record "r['exit'] == {'reason': 'under way', 'status': None, 'step_under_way': None}" "r['end'] is None"
-    kill -KILL "$pid"
-    wait "$pid" 2>/dev/null
+    ends_by KILL 137
     mkdir b.run.json # a record that cannot be written
     problem 9 0.01 >b.kdr
-    run 1 b.kdr
-    has err "error 5003: This file cannot be written:\\n$PWD/b.run.json"
+    tells 1 "error 5003: This file cannot be written:\\n$PWD/b.run.json" b.kdr
     there b.t00
     for name in c.run.json c.balance.csv c.00.vtu; do
         problem 9 0.01 >$name
-        run 1 $name
-        has err "a run writes and deletes files of this name"
+        tells 1 "a run writes and deletes files of this name" $name
     done
 }
 
@@ -459,12 +438,9 @@ exports_and_balances() {
     cut -d, -f1 "after/$name.histories.csv" | cmp - <(cut -d, -f1 "at-once/$name.histories.csv") || fail "steps are lost"
     problem 9 0.01 >a.kdr
     mkdir a.nodes.csv
-    run 1 --export csv a.kdr
-    has err "not every file that was asked for could be made"
+    tells 1 "not every file that was asked for could be made" --export csv a.kdr
     there a.t00
     ls -- *.part 2>/dev/null && fail "parts are left"
-    run 2 --export xlsx a.kdr
-    run 2 --check --balance a.kdr
 }
 
 "$2"
